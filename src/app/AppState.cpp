@@ -1,0 +1,139 @@
+#include "app/AppState.h"
+
+#include "app/DiskAccess.h"
+#include "platform/VolumeFacts.h"
+
+namespace tw {
+
+namespace {
+const UnrestrictedDiskAccess kUnrestricted;
+} // namespace
+
+AppState::AppState(QObject* parent) : AppState(Services{}, parent) {}
+
+AppState::AppState(Services services, QObject* parent) : QObject(parent), m_services(std::move(services))
+{
+    if (!m_services.volumes)
+        m_services.volumes = &systemVolumeFacts();
+    if (!m_services.diskAccess)
+        m_services.diskAccess = &kUnrestricted;
+}
+
+AppState::~AppState()
+{
+    // The walk's thread outlives us; let it stop at its next entry.
+    if (m_scanner)
+        m_scanner->cancel();
+}
+
+QString AppState::fdaPromptPath() const
+{
+    return m_fdaPromptForURL ? QString::fromUtf8(*m_fdaPromptForURL) : QString();
+}
+
+QString AppState::toText(Mode mode)
+{
+    return mode == Mode::apps ? QStringLiteral("apps") : QStringLiteral("folder");
+}
+
+std::optional<AppState::Mode> AppState::modeFromText(QStringView text)
+{
+    if (text == u"folder")
+        return Mode::folder;
+    if (text == u"apps")
+        return Mode::apps;
+    return std::nullopt;
+}
+
+bool AppState::focusOn(const NodeRef& target)
+{
+    if (!target || !target->isDirectory() || !target->hasChildren())
+        return false;
+    setFocus(target);
+    return true;
+}
+
+bool AppState::goUp()
+{
+    if (!m_focus || !m_focus->parent())
+        return false;
+    return focusOn(m_focus.sibling(m_focus->parent()));
+}
+
+void AppState::setHovered(const NodeRef& node)
+{
+    if (m_hovered == node)
+        return;
+    m_hovered = node;
+    Q_EMIT hoveredChanged();
+}
+
+void AppState::setNeedsFullDiskAccess(bool needed)
+{
+    if (m_needsFullDiskAccess == needed)
+        return;
+    m_needsFullDiskAccess = needed;
+    Q_EMIT needsFullDiskAccessChanged();
+}
+
+void AppState::setMode(Mode mode)
+{
+    if (m_mode == mode)
+        return;
+    m_mode = mode;
+    Q_EMIT modeChanged();
+}
+
+void AppState::setPhase(Phase phase, const ScanProgress& progress)
+{
+    const bool phaseMoved = m_phase != phase;
+    const bool progressMoved = !(m_progress == progress);
+    m_phase = phase;
+    m_progress = progress;
+    if (phaseMoved)
+        Q_EMIT phaseChanged();
+    if (progressMoved)
+        Q_EMIT progressChanged();
+}
+
+void AppState::setRoot(NodeRef root)
+{
+    if (m_root == root && m_root.tree() == root.tree())
+        return;
+    m_root = std::move(root);
+    Q_EMIT rootChanged();
+}
+
+void AppState::setFocus(NodeRef focus)
+{
+    if (m_focus == focus && m_focus.tree() == focus.tree())
+        return;
+    m_focus = std::move(focus);
+    Q_EMIT focusChanged();
+}
+
+void AppState::setRefreshing(bool refreshing)
+{
+    if (m_isRefreshing == refreshing)
+        return;
+    m_isRefreshing = refreshing;
+    Q_EMIT isRefreshingChanged();
+}
+
+void AppState::setVolumeCapacity(std::optional<VolumeInfo::Capacity> capacity)
+{
+    if (m_volumeCapacity == capacity)
+        return;
+    m_volumeCapacity = capacity;
+    Q_EMIT volumeCapacityChanged();
+}
+
+void AppState::setFdaPrompt(std::optional<QByteArray> path)
+{
+    if (m_fdaPromptForURL == path)
+        return;
+    m_fdaPromptForURL = std::move(path);
+    Q_EMIT fdaPromptForURLChanged();
+}
+
+} // namespace tw

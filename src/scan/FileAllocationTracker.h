@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <unordered_set>
+
+#include <sys/stat.h>
+
+namespace tw {
+
+// Keeps one walk from counting the same blocks twice: it remembers the
+// folders already entered and the multiply-linked files already charged.
+// One tracker per walk, shared by all its workers; every operation is safe
+// from any thread and holds the lock for one set insert only.
+class FileAllocationTracker {
+public:
+    struct Identity {
+        std::uint32_t device = 0;
+        std::uint64_t inode = 0;
+        bool operator==(const Identity&) const = default;
+    };
+
+    enum class Claim { claimed, alreadySeen, unreadable };
+
+    // Bytes to charge for the file at `path` (never negative): its allocated
+    // blocks, or `reportedSize` when the caller already has the platform's
+    // figure. Files that are not regular, and every link to a hard-linked file
+    // after the first one reached, cost 0.
+    [[nodiscard]] qint64 allocatedSize(const QByteArray& path, std::optional<qint64> reportedSize = {});
+    // The same, for a walker that already holds the entry's lstat facts.
+    [[nodiscard]] qint64 allocatedSize(const struct stat& facts);
+
+    // Whether a walk should enter the folder at `path`.
+    [[nodiscard]] Claim claimDirectory(const QByteArray& path);
+    [[nodiscard]] Claim claimDirectory(const struct stat& facts);
+
+    [[nodiscard]] std::size_t directoryCount() const;
+    [[nodiscard]] std::size_t linkedFileCount() const;
+
+private:
+    struct IdentityHash {
+        std::size_t operator()(const Identity& id) const noexcept
+        {
+            return std::hash<std::uint64_t>{}(id.inode * 0x9E3779B97F4A7C15ull ^ id.device);
+        }
+    };
+    mutable std::mutex m_lock;
+    std::unordered_set<Identity, IdentityHash> m_directories;
+    std::unordered_set<Identity, IdentityHash> m_linkedFiles;
+};
+
+} // namespace tw

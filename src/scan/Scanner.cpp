@@ -1,0 +1,508 @@
+#include "scan/Scanner.h"
+
+#include "platform/VolumeBoundary.h"
+#include "platform/VolumeFacts.h"
+#include "scan/ScanTreeStorage.h"
+
+#include <QDir>
+#include <QThread>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tw {
+
+namespace {
+
+// The deepest folder entered is at depth 128; one level further is kept as an
+// empty, flagged node.
+constexpr int kDepthLimit = 129;
+constexpr std::uint32_t kReportEvery = 500;
+
+// A deep walk keeps one descriptor open per level and per worker.
+void raiseDescriptorLimit()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        struct rlimit limit {};
+        if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+            return;
+        const rlim_t wanted = std::min<rlim_t>(limit.rlim_max, 16384);
+        if (limit.rlim_cur < wanted) {
+            limit.rlim_cur = wanted;
+            ::setrlimit(RLIMIT_NOFILE, &limit);
+        }
+    });
+}
+
+QByteArray normalizedRoot(const QByteArray& given)
+{
+    QByteArray path = given;
+    if (!path.startsWith('/'))
+        path = QFile::encodeName(QDir::currentPath()) + (path.isEmpty() ? QByteArray() : "/" + path);
+    while (path.size() >= 2 && path.endsWith('/'))
+        path.chop(1);
+    return path;
+}
+
+unsigned char* storeName(Arena& arena, const char* name, std::size_t length)
+{
+    unsigned char prefix[10];
+    std::size_t prefixLength = 0;
+    std::size_t rest = length;
+    do {
+        prefix[prefixLength++] = static_cast<unsigned char>((rest & 0x7f) | (rest > 0x7f ? 0x80 : 0));
+        rest >>= 7;
+    } while (rest);
+    // The trailing NUL lets the stored name go straight to the system calls.
+    auto* out = static_cast<unsigned char*>(arena.allocate(prefixLength + length + 1, 1));
+    std::memcpy(out, prefix, prefixLength);
+    std::memcpy(out + prefixLength, name, length);
+    out[prefixLength + length] = 0;
+    return out;
+}
+
+std::string_view storedName(const unsigned char* at)
+{
+    std::size_t length = 0;
+    int shift = 0;
+    while (*at & 0x80) {
+        length |= std::size_t(*at++ & 0x7f) << shift;
+        shift += 7;
+    }
+    length |= std::size_t(*at++) << shift;
+    return {reinterpret_cast<const char*>(at), length};
+}
+
+int activeProcessorCount()
+{
+    return std::max(1, QThread::idealThreadCount());
+}
+
+struct Descriptor {
+    explicit Descriptor(DIR* d = nullptr) : dir(d) {}
+    ~Descriptor()
+    {
+        if (dir)
+            ::closedir(dir);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    DIR* dir;
+};
+
+} // namespace
+
+// One thread's share of a walk: its own arena, path buffer and listing stack.
+// Each folder node is written by exactly one walker.
+class Walker {
+public:
+    Walker(Scanner& scanner, const VolumeBoundary& boundary, std::string rootPath)
+        : m_scanner(scanner), m_boundary(boundary), m_path(std::move(rootPath))
+    {
+        m_listings.resize(kDepthLimit + 1);
+    }
+
+    // The root, or a first-level folder handed to a worker: `facts` are its
+    // lstat facts, null when lstat failed.
+    void walkEntry(FileNode& node, int parentFd, const char* name, const struct stat* facts, int depth);
+
+    // Lists the root and charges its files, then walks its folders on up to
+    // `workers` threads, each with a walker of its own kept in `helpers`.
+    void walkRootInParallel(FileNode& root, const struct stat* facts, int workers,
+                            std::vector<Walker>& helpers);
+
+    Arena takeArena() { return std::move(m_arena); }
+    [[nodiscard]] qint64 nodesMade() const { return m_nodesMade; }
+
+private:
+    struct Pending {
+        std::uint32_t slot;
+        struct stat facts;
+    };
+    bool listRoot(FileNode& root, DIR* dir, std::vector<Pending>& pending);
+    void walkDirectory(FileNode& node, int fd, int depth);
+    // Reads every name of the open folder into the arena; false if the listing failed.
+    bool readNames(DIR* dir, std::vector<const unsigned char*>& names);
+    // Whether a listed child is left out of the tree altogether.
+    bool leftOut(const struct stat& facts, std::string_view name) const;
+    FileNode& makeChild(FileNode* slots, std::uint32_t index, FileNode& parent, const unsigned char* name,
+                        bool isDirectory);
+    void chargeFile(FileNode& node, const struct stat* facts);
+    void finishFolder(FileNode& node, FileNode* slots, std::uint32_t kept);
+    void reportPath() { m_scanner.m_monitor.reportPath(m_path); }
+
+    Scanner& m_scanner;
+    const VolumeBoundary& m_boundary;
+    std::string m_path;
+    Arena m_arena;
+    std::vector<std::vector<const unsigned char*>> m_listings; // one per depth, reused
+    qint64 m_nodesMade = 0;
+};
+
+bool Walker::readNames(DIR* dir, std::vector<const unsigned char*>& names)
+{
+    names.clear();
+    errno = 0;
+    while (const dirent* entry = ::readdir(dir)) {
+        const char* n = entry->d_name;
+        if (n[0] == '.' && (n[1] == 0 || (n[1] == '.' && n[2] == 0)))
+            continue;
+        names.push_back(storeName(m_arena, n, std::strlen(n)));
+    }
+    return errno == 0;
+}
+
+bool Walker::leftOut(const struct stat& facts, std::string_view name) const
+{
+    // Links are never followed and never shown.
+    if (S_ISLNK(facts.st_mode))
+        return true;
+    // Other volumes mounted below the root are not counted.
+    if (facts.st_dev != m_boundary.rootDevice() && !m_boundary.contains(facts.st_dev, m_path, name))
+        return true;
+    return m_path == "/" && Scanner::isSkippedPath(std::string("/").append(name));
+}
+
+FileNode& Walker::makeChild(FileNode* slots, std::uint32_t index, FileNode& parent,
+                            const unsigned char* name, bool isDirectory)
+{
+    auto* child = new (&slots[index]) FileNode;
+    child->m_name = name;
+    child->m_parent = &parent;
+    child->m_bits = isDirectory ? std::uint32_t(FileNode::kDirectory) : 0u;
+    ++m_nodesMade;
+    return *child;
+}
+
+void Walker::chargeFile(FileNode& node, const struct stat* facts)
+{
+    const qint64 size = facts ? m_scanner.m_allocation.allocatedSize(*facts) : 0;
+    node.m_size = size;
+    node.m_fileCount = 1;
+    m_scanner.m_monitor.addToCounters(size, 1);
+}
+
+void Walker::finishFolder(FileNode& node, FileNode* slots, std::uint32_t kept)
+{
+    qint64 size = 0;
+    qint64 files = 0;
+    for (std::uint32_t i = 0; i < kept; ++i) {
+        if (qAddOverflow(size, slots[i].m_size, &size))
+            qFatal("a folder's size overflowed");
+        files += slots[i].m_fileCount;
+    }
+    if (files > qint64(UINT32_MAX))
+        qFatal("a folder holds more files than a tree can count");
+    node.adoptChildren(slots, kept);
+    node.m_size = size;
+    node.m_fileCount = std::uint32_t(files);
+    node.sortChildrenBySize();
+}
+
+void Walker::walkEntry(FileNode& node, int parentFd, const char* name, const struct stat* facts, int depth)
+{
+    ScanMonitor& monitor = m_scanner.m_monitor;
+    if (monitor.isCancelled())
+        return;
+    if (monitor.skipRequested()) {
+        node.setInaccessible();
+        return;
+    }
+    reportPath();
+    if (!node.isDirectory()) {
+        chargeFile(node, facts);
+        return;
+    }
+    if (depth >= kDepthLimit) {
+        node.setInaccessible();
+        return;
+    }
+    const auto claim = facts ? m_scanner.m_allocation.claimDirectory(*facts)
+                             : FileAllocationTracker::Claim::unreadable;
+    if (claim == FileAllocationTracker::Claim::unreadable)
+        node.setInaccessible();
+    if (claim != FileAllocationTracker::Claim::claimed)
+        return;
+    const int fd = ::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0) {
+        node.setInaccessible();
+        return;
+    }
+    walkDirectory(node, fd, depth);
+}
+
+void Walker::walkDirectory(FileNode& node, int fd, int depth)
+{
+    Descriptor dir(::fdopendir(fd));
+    if (!dir.dir) {
+        ::close(fd);
+        node.setInaccessible();
+        return;
+    }
+    std::vector<const unsigned char*>& names = m_listings[std::size_t(depth)];
+    if (!readNames(dir.dir, names)) {
+        node.setInaccessible();
+        return;
+    }
+    const int dirFd = ::dirfd(dir.dir);
+    ScanMonitor& monitor = m_scanner.m_monitor;
+    const std::size_t pathLength = m_path.size();
+    FileNode* slots = names.empty() ? nullptr
+        : static_cast<FileNode*>(m_arena.allocate(names.size() * sizeof(FileNode), alignof(FileNode)));
+    std::uint32_t kept = 0;
+
+    for (const unsigned char* stored : names) {
+        if (monitor.isCancelled())
+            break;
+        if (monitor.skipRequested()) {
+            node.setInaccessible();
+            break;
+        }
+        const std::string_view name = storedName(stored);
+        struct stat facts {};
+        // A child that cannot be examined is kept as a file that costs nothing.
+        const bool known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
+        if (known && leftOut(facts, name))
+            continue;
+        const bool isDirectory = known && S_ISDIR(facts.st_mode);
+        FileNode& child = makeChild(slots, kept, node, stored, isDirectory);
+        if (isDirectory) {
+            if (pathLength > 1)
+                m_path.push_back('/');
+            m_path.append(name);
+            walkEntry(child, dirFd, name.data(), &facts, depth + 1);
+            m_path.resize(pathLength);
+        } else {
+            chargeFile(child, known ? &facts : nullptr);
+        }
+        ++kept;
+        if (kept % kReportEvery == 0) {
+            m_path.append("/… (").append(std::to_string(kept)).append(")");
+            reportPath();
+            m_path.resize(pathLength);
+        }
+    }
+    finishFolder(node, slots, kept);
+    // The innermost folder that saw the request has honoured it.
+    if (monitor.skipRequested())
+        monitor.clearSkip();
+}
+
+bool Walker::listRoot(FileNode& root, DIR* dir, std::vector<Pending>& pending)
+{
+    std::vector<const unsigned char*>& names = m_listings[0];
+    if (!readNames(dir, names)) {
+        root.setInaccessible();
+        return false;
+    }
+    const int dirFd = ::dirfd(dir);
+    FileNode* slots = names.empty() ? nullptr
+        : static_cast<FileNode*>(m_arena.allocate(names.size() * sizeof(FileNode), alignof(FileNode)));
+    std::uint32_t kept = 0;
+    for (const unsigned char* stored : names) {
+        if (m_scanner.m_monitor.isCancelled())
+            break;
+        const std::string_view name = storedName(stored);
+        struct stat facts {};
+        const bool known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
+        if (known && leftOut(facts, name))
+            continue;
+        const bool isDirectory = known && S_ISDIR(facts.st_mode);
+        FileNode& child = makeChild(slots, kept, root, stored, isDirectory);
+        if (isDirectory)
+            pending.push_back({kept, facts});
+        else
+            chargeFile(child, known ? &facts : nullptr);
+        ++kept;
+    }
+    // Stored now; the totals are taken once the workers are done.
+    root.adoptChildren(slots, kept);
+    return true;
+}
+
+void Walker::walkRootInParallel(FileNode& root, const struct stat* facts, int workers,
+                                std::vector<Walker>& helpers)
+{
+    ScanMonitor& monitor = m_scanner.m_monitor;
+    if (monitor.isCancelled() || Scanner::isSkippedPath(m_path))
+        return;
+    const auto claim = facts ? m_scanner.m_allocation.claimDirectory(*facts)
+                             : FileAllocationTracker::Claim::unreadable;
+    if (claim == FileAllocationTracker::Claim::unreadable)
+        root.setInaccessible();
+    if (claim != FileAllocationTracker::Claim::claimed)
+        return;
+    reportPath();
+    const int fd = ::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    Descriptor dir(fd < 0 ? nullptr : ::fdopendir(fd));
+    if (!dir.dir) {
+        if (fd >= 0)
+            ::close(fd);
+        root.setInaccessible();
+        return;
+    }
+    std::vector<Pending> pending;
+    if (!listRoot(root, dir.dir, pending))
+        return;
+
+    // The root's descriptor stays open while the workers open its folders.
+    const int parentFd = ::dirfd(dir.dir);
+    FileNode* const slots = root.m_children;
+    const int threads = std::min<int>(workers, int(pending.size()));
+    helpers.reserve(std::size_t(threads));
+    for (int i = 0; i < threads; ++i)
+        helpers.emplace_back(m_scanner, m_boundary, m_path);
+    std::atomic<std::size_t> next{0};
+    std::vector<std::thread> running;
+    running.reserve(std::size_t(threads));
+    for (int i = 0; i < threads; ++i) {
+        running.emplace_back([&, i] {
+            Walker& own = helpers[std::size_t(i)];
+            // Folders start in listing order, no more than `workers` at once,
+            // and none after a cancellation.
+            while (!monitor.isCancelled()) {
+                const std::size_t at = next.fetch_add(1);
+                if (at >= pending.size())
+                    break;
+                FileNode& child = slots[pending[at].slot];
+                const std::string_view name = child.name();
+                own.m_path.assign(m_path);
+                if (m_path.size() > 1)
+                    own.m_path.push_back('/');
+                own.m_path.append(name);
+                own.walkEntry(child, parentFd, name.data(), &pending[at].facts, 1);
+            }
+        });
+    }
+    for (std::thread& thread : running)
+        thread.join();
+    // Totals once, after every worker has ended.
+    finishFolder(root, slots, root.slotCount());
+}
+
+Scanner::Scanner(ScanMonitor::Handler progressHandler, Options options)
+    : m_options(std::move(options)), m_monitor(std::move(progressHandler), m_options.now)
+{
+    m_monitor.setStallThreshold(m_options.stallThreshold);
+}
+
+Scanner::Scanner(ScanMonitor::Handler progressHandler) : Scanner(std::move(progressHandler), Options{}) {}
+
+Scanner::~Scanner()
+{
+    stopWatchdog();
+}
+
+void Scanner::cancel()
+{
+    m_monitor.cancel();
+    // Wakes the watchdog, which ends on seeing the cancellation.
+    m_watchdogWake.notify_all();
+}
+
+int Scanner::workerCount(VolumeInfo::Medium medium, int cpus)
+{
+    switch (medium) {
+    case VolumeInfo::Medium::solidState:
+        return std::clamp(cpus, 4, 8);
+    case VolumeInfo::Medium::rotational:
+    case VolumeInfo::Medium::network:
+        return 1;
+    case VolumeInfo::Medium::unknown:
+        return cpus >= 4 ? std::min(cpus / 2, 4) : 2;
+    }
+    return 1;
+}
+
+bool Scanner::isSkippedPath(std::string_view path)
+{
+    while (path.size() >= 2 && path.back() == '/')
+        path.remove_suffix(1);
+    return path == "/.vol" || path == "/.nofollow" || path == "/.resolve";
+}
+
+void Scanner::startWatchdog()
+{
+    m_monitor.start();
+    {
+        const std::lock_guard guard(m_watchdogLock);
+        m_watchdogStop = false;
+    }
+    m_watchdog = std::thread([this] {
+        std::unique_lock lock(m_watchdogLock);
+        while (true) {
+            if (m_watchdogWake.wait_for(lock, m_options.watchdogInterval,
+                                        [this] { return m_watchdogStop || m_monitor.isCancelled(); }))
+                return;
+            m_monitor.checkStall();
+        }
+    });
+}
+
+void Scanner::stopWatchdog()
+{
+    {
+        const std::lock_guard guard(m_watchdogLock);
+        m_watchdogStop = true;
+    }
+    m_watchdogWake.notify_all();
+    if (m_watchdog.joinable())
+        m_watchdog.join();
+}
+
+std::shared_ptr<ScanTree> Scanner::scan(const QByteArray& givenPath)
+{
+    const QByteArray path = normalizedRoot(givenPath);
+    const VolumeFacts& volumes = m_options.volumeFacts ? *m_options.volumeFacts : systemVolumeFacts();
+    const int workers = m_options.workers ? std::max(1, *m_options.workers)
+                                          : workerCount(volumes.medium(path), activeProcessorCount());
+    m_workersUsed = workers;
+    raiseDescriptorLimit();
+
+    struct stat rootFacts {};
+    const bool rootKnown = ::lstat(path.constData(), &rootFacts) == 0;
+    const VolumeBoundary boundary(path, rootKnown ? rootFacts.st_dev : dev_t(-1));
+
+    startWatchdog();
+    // A root that cannot be examined is taken for a folder: it then ends up as
+    // one flagged, empty node.
+    struct stat followed {};
+    const bool isDirectory = ::stat(path.constData(), &followed) != 0 || S_ISDIR(followed.st_mode);
+    std::shared_ptr<ScanTree> tree(new ScanTree(path, isDirectory));
+    FileNode& root = *tree->root();
+
+    const std::string rootPath(path.constData(), std::size_t(path.size()));
+    Walker walker(*this, boundary, rootPath);
+    std::vector<Walker> helpers;
+    if (isDirectory && workers >= 2)
+        walker.walkRootInParallel(root, rootKnown ? &rootFacts : nullptr, workers, helpers);
+    else if (!isSkippedPath(rootPath))
+        walker.walkEntry(root, AT_FDCWD, path.constData(), rootKnown ? &rootFacts : nullptr, 0);
+
+    m_monitor.reportFinal();
+    stopWatchdog();
+
+    tree->m_arenas->arenas.push_back(walker.takeArena());
+    qint64 nodes = 1 + walker.nodesMade();
+    for (Walker& helper : helpers) {
+        tree->m_arenas->arenas.push_back(helper.takeArena());
+        nodes += helper.nodesMade();
+    }
+    tree->m_arenas->nodeCount = nodes;
+    return tree;
+}
+
+} // namespace tw

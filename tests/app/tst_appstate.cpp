@@ -1,0 +1,344 @@
+// AppState's scanning half: the gate, stamps, refresh with focus restoration,
+// cancel and reset, the Full Disk Access notice, guarded focus changes.
+
+#include "TestFiles.h"
+#include "app/AppState.h"
+#include "app/DiskAccess.h"
+#include "platform/VolumeFacts.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <atomic>
+
+using namespace tw;
+using namespace tw::test;
+
+namespace {
+
+class FakeVolumes final : public VolumeFacts {
+public:
+    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
+    {
+        ++calls;
+        return VolumeInfo::Capacity{1000, 400 + calls, 300};
+    }
+    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::unknown; }
+    mutable std::atomic<int> calls{0};
+};
+
+class FakeAccess final : public DiskAccess {
+public:
+    bool requiresFullDiskAccess(const QByteArray& path) const override { return path == "/" || path == protectedPath; }
+    bool hasFullDiskAccess() const override { return granted; }
+    QByteArray protectedPath;
+    bool granted = false;
+};
+
+} // namespace
+
+class AppStateTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    FakeVolumes m_volumes;
+    FakeAccess m_access;
+
+    AppState::Services services(int workers = 1)
+    {
+        AppState::Services s;
+        s.volumes = &m_volumes;
+        s.diskAccess = &m_access;
+        s.scannerOptions.workers = workers;
+        return s;
+    }
+    QByteArray base() const { return QFile::encodeName(m_dir.path()); }
+
+    QByteArray makeTree(const QByteArray& name, int folders = 3)
+    {
+        const QByteArray root = base() + "/" + name;
+        makeDir(root);
+        for (int d = 0; d < folders; ++d) {
+            const QByteArray dir = root + "/f" + QByteArray::number(d);
+            makeDir(dir);
+            makeDir(dir + "/sub");
+            writeFile(dir + "/sub/data", (d + 1) * 8192);
+            writeFile(dir + "/x", 4096);
+        }
+        return root;
+    }
+
+    static bool waitReady(AppState& state)
+    {
+        return QTest::qWaitFor([&] { return state.phase() == AppState::Phase::ready; }, 20000);
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_dir.isValid()); }
+    void init()
+    {
+        m_access.protectedPath.clear();
+        m_access.granted = false;
+    }
+
+    void scanEndsReadyWithTheTree()
+    {
+        const QByteArray root = makeTree("plain");
+        AppState state(services(2));
+        QCOMPARE(state.phase(), AppState::Phase::welcome);
+        QSignalSpy phases(&state, &AppState::phaseChanged);
+        state.requestScan(root);
+        QCOMPARE(state.phase(), AppState::Phase::scanning);
+        QCOMPARE(state.progress().currentPath, QString::fromUtf8(root));
+        QCOMPARE(state.progress().filesScanned, 0);
+        QVERIFY(state.volumeCapacity().has_value());
+        QVERIFY(waitReady(state));
+        QVERIFY(state.root());
+        QCOMPARE(state.root()->path(), root);
+        QCOMPARE(state.focus(), state.root());
+        QVERIFY(!state.hovered());
+        QCOMPARE(state.root()->fileCount(), 6);
+        // The capacity is read again at the end.
+        QCOMPARE(state.volumeCapacity()->free, 400 + m_volumes.calls);
+        QVERIFY(!state.needsFullDiskAccess());
+        QCOMPARE(phases.count(), 2);
+    }
+
+    void secondScanSupersedesTheFirst()
+    {
+        const QByteArray first = makeTree("first", 40);
+        const QByteArray second = makeTree("second");
+        AppState state(services());
+        QStringList pathsAfterSecond;
+        bool secondStarted = false;
+        connect(&state, &AppState::progressChanged, this, [&] {
+            if (secondStarted && state.phase() == AppState::Phase::scanning)
+                pathsAfterSecond << state.progress().currentPath;
+        });
+        state.startScan(first, std::nullopt);
+        secondStarted = true;
+        state.startScan(second, std::nullopt);
+        QVERIFY(waitReady(state));
+        QCOMPARE(state.root()->path(), second);
+        // The first walk still sends its final report; it must be dropped.
+        QTest::qWait(200);
+        QCOMPARE(state.root()->path(), second);
+        for (const QString& path : std::as_const(pathsAfterSecond))
+            QVERIFY2(path.startsWith(QString::fromUtf8(second)), qPrintable(path));
+    }
+
+    void refreshRestoresTheFocusedFolder()
+    {
+        const QByteArray root = makeTree("refresh");
+        AppState state(services());
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        const NodeRef sub = state.root().sibling(state.root().tree()->find(root + "/f1/sub"));
+        QVERIFY(state.focusOn(sub));
+        const std::weak_ptr<ScanTree> oldTree = state.root().tree();
+
+        state.refresh();
+        QVERIFY(state.isRefreshing());
+        QCOMPARE(state.phase(), AppState::Phase::scanning);
+        // The old tree stays shown until the new one replaces it.
+        QCOMPARE(state.focus(), sub);
+        QVERIFY(waitReady(state));
+        QVERIFY(!state.isRefreshing());
+        QVERIFY(state.root().tree() != oldTree.lock());
+        QCOMPARE(state.focus()->path(), root + "/f1/sub");
+        QVERIFY(state.focus() != sub);
+    }
+
+    void secondRefreshWhileRefreshingDoesNothing()
+    {
+        const QByteArray root = makeTree("twice");
+        AppState state(services());
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        const NodeRef f0 = state.root().sibling(state.root().tree()->find(root + "/f0"));
+        const NodeRef f2 = state.root().sibling(state.root().tree()->find(root + "/f2"));
+        QVERIFY(state.focusOn(f0));
+        state.refresh();
+        // Had this second call run, it would restore f2 instead.
+        QVERIFY(state.focusOn(f2));
+        state.refresh();
+        QVERIFY(waitReady(state));
+        QCOMPARE(state.focus()->path(), root + "/f0");
+    }
+
+    void refreshLandsOnTheRootWhenTheFolderIsGone()
+    {
+        const QByteArray root = makeTree("vanish");
+        AppState state(services());
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        QVERIFY(state.focusOn(state.root().sibling(state.root().tree()->find(root + "/f2/sub"))));
+        QVERIFY(QDir(QFile::decodeName(root + "/f2/sub")).removeRecursively());
+        state.refresh();
+        QVERIFY(waitReady(state));
+        QCOMPARE(state.focus(), state.root());
+
+        // An empty path to restore counts as none.
+        state.startScan(root, QByteArray());
+        QVERIFY(waitReady(state));
+        QCOMPARE(state.focus(), state.root());
+    }
+
+    void cancelAndReset()
+    {
+        const QByteArray root = makeTree("cancel");
+        AppState state(services());
+        // Cancelling a first scan: no tree, the welcome screen.
+        state.requestScan(root);
+        state.cancelScan();
+        QCOMPARE(state.phase(), AppState::Phase::welcome);
+        QTest::qWait(300);
+        QCOMPARE(state.phase(), AppState::Phase::welcome);
+        QVERIFY(!state.root());
+
+        // Cancelling a refresh keeps the old tree, unshown.
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        NodeRef shown = state.root();
+        state.refresh();
+        state.cancelScan();
+        QVERIFY(!state.isRefreshing());
+        QCOMPARE(state.phase(), AppState::Phase::welcome);
+        QTest::qWait(300);
+        QCOMPARE(state.root(), shown);
+        QVERIFY(state.volumeCapacity().has_value());
+
+        // Reset forgets the tree and frees it.
+        std::weak_ptr<ScanTree> tree = shown.tree();
+        NodeRef held = state.root().sibling(state.root().tree()->find(root + "/f0"));
+        shown = NodeRef();
+        state.resetToWelcome();
+        QVERIFY(!state.root() && !state.focus() && !state.hovered());
+        QVERIFY(!state.volumeCapacity());
+        QVERIFY(!state.rootURL());
+        // Whoever still holds a node keeps its tree alive; the last one frees it.
+        QVERIFY(!tree.expired());
+        QCOMPARE(held->path(), root + "/f0");
+        held = NodeRef();
+        QVERIFY(tree.expired());
+        // With nothing scanned, refresh does nothing.
+        state.refresh();
+        QCOMPARE(state.phase(), AppState::Phase::welcome);
+    }
+
+    void protectedLocationWaitsBehindThePrompt()
+    {
+        const QByteArray root = makeTree("guarded");
+        m_access.protectedPath = root;
+        AppState state(services());
+        QSignalSpy prompt(&state, &AppState::fdaPromptForURLChanged);
+        state.requestScan(root);
+        QCOMPARE(state.phase(), AppState::Phase::welcome);
+        QCOMPARE(state.fdaPromptForURL(), std::optional<QByteArray>(root));
+        QCOMPARE(prompt.count(), 1);
+
+        state.continueWithoutFullDiskAccess();
+        QVERIFY(!state.fdaPromptForURL());
+        QCOMPARE(state.phase(), AppState::Phase::scanning);
+        QVERIFY(waitReady(state));
+        // Nothing was closed, so no notice even without the grant.
+        QVERIFY(!state.needsFullDiskAccess());
+
+        // With nothing waiting, continuing does nothing.
+        state.continueWithoutFullDiskAccess();
+        QCOMPARE(state.phase(), AppState::Phase::ready);
+
+        // With the grant, no prompt.
+        m_access.granted = true;
+        state.requestScan(root);
+        QVERIFY(!state.fdaPromptForURL());
+        QVERIFY(waitReady(state));
+    }
+
+    void noticeOnlyWhenSomethingWasMissedWithoutTheGrant()
+    {
+        // A chain past the depth limit leaves one flagged folder, even as root.
+        QByteArray path = base() + "/flagged";
+        const QByteArray root = path;
+        makeDir(path);
+        for (int i = 0; i < 131; ++i) {
+            path += "/d";
+            makeDir(path);
+        }
+        AppState state(services());
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        QCOMPARE(state.root()->inaccessibleCount(), 1);
+        QVERIFY(state.needsFullDiskAccess());
+
+        m_access.granted = true;
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        QVERIFY(!state.needsFullDiskAccess());
+    }
+
+    void badRootsEndReadyWithAnEmptyRoot()
+    {
+        AppState state(services(2));
+        state.requestScan(base() + "/does/not/exist");
+        QVERIFY(waitReady(state));
+        QVERIFY(state.root());
+        QVERIFY(!state.root()->hasChildren());
+        QVERIFY(state.root()->isInaccessible());
+
+        const QByteArray link = base() + "/rootlink";
+        QCOMPARE(::symlink(m_dir.path().toUtf8().constData(), link.constData()), 0);
+        state.requestScan(link);
+        QVERIFY(waitReady(state));
+        QVERIFY(!state.root()->hasChildren());
+        QVERIFY(!state.root()->isInaccessible());
+    }
+
+    void guardedFocusChange()
+    {
+        const QByteArray root = makeTree("focus");
+        writeFile(root + "/file", 100);
+        makeDir(root + "/empty");
+        AppState state(services());
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        ScanTree& tree = *state.root().tree();
+        QSignalSpy focusMoves(&state, &AppState::focusChanged);
+        // A file, or a folder without children, cannot be focused.
+        QVERIFY(!state.focusOn(state.root().sibling(tree.find(root + "/file"))));
+        QVERIFY(!state.focusOn(state.root().sibling(tree.find(root + "/empty"))));
+        QVERIFY(!state.focusOn({}));
+        QCOMPARE(focusMoves.count(), 0);
+        QVERIFY(!state.goUp());
+
+        const NodeRef sub = state.root().sibling(tree.find(root + "/f0/sub"));
+        state.setHovered(sub);
+        QVERIFY(state.focusOn(state.root().sibling(tree.find(root + "/f0"))));
+        QVERIFY(state.focusOn(sub));
+        QCOMPARE(state.hovered(), sub); // focus changes leave the hover alone
+        QVERIFY(state.goUp());
+        QCOMPARE(state.focus()->path(), root + "/f0");
+        QVERIFY(state.goUp());
+        QCOMPARE(state.focus(), state.root());
+        QCOMPARE(focusMoves.count(), 4);
+    }
+
+    void modeHasItsTexts()
+    {
+        AppState state(services());
+        QCOMPARE(state.mode(), AppState::Mode::folder);
+        QSignalSpy modes(&state, &AppState::modeChanged);
+        state.setMode(AppState::Mode::apps);
+        state.setMode(AppState::Mode::apps);
+        QCOMPARE(modes.count(), 1);
+        QCOMPARE(AppState::toText(AppState::Mode::apps), QStringLiteral("apps"));
+        QCOMPARE(AppState::toText(AppState::Mode::folder), QStringLiteral("folder"));
+        QCOMPARE(AppState::modeFromText(u"apps"), std::optional(AppState::Mode::apps));
+        QVERIFY(!AppState::modeFromText(u"Apps"));
+    }
+};
+
+QTEST_GUILESS_MAIN(AppStateTest)
+#include "tst_appstate.moc"

@@ -1,0 +1,168 @@
+#include "ScanCommand.h"
+
+#include "scan/Scanner.h"
+
+#include <QFile>
+
+#include <chrono>
+#include <cstdio>
+#include <optional>
+#include <string>
+
+namespace tw::cli {
+
+namespace {
+
+struct ScanArgs {
+    QByteArray path;
+    std::optional<int> workers;
+    std::optional<int> depth;
+    bool json = false;
+    bool quiet = false;
+};
+
+std::optional<ScanArgs> parse(const QStringList& args)
+{
+    ScanArgs out;
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString& a = args[i];
+        auto number = [&](std::optional<int>& into) {
+            bool ok = false;
+            if (i + 1 < args.size())
+                into = args[++i].toInt(&ok);
+            return ok && *into >= 0;
+        };
+        if (a == QLatin1String("--json"))
+            out.json = true;
+        else if (a == QLatin1String("--quiet"))
+            out.quiet = true;
+        else if (a == QLatin1String("--workers")) {
+            if (!number(out.workers) || *out.workers < 1)
+                return std::nullopt;
+        } else if (a == QLatin1String("--depth")) {
+            if (!number(out.depth))
+                return std::nullopt;
+        } else if (a.startsWith(QLatin1String("--")) || !out.path.isEmpty())
+            return std::nullopt;
+        else
+            out.path = QFile::encodeName(a);
+    }
+    if (out.path.isEmpty())
+        return std::nullopt;
+    return out;
+}
+
+bool isValidUtf8(std::string_view bytes)
+{
+    const QByteArray raw(bytes.data(), qsizetype(bytes.size()));
+    return QString::fromUtf8(raw).toUtf8() == raw;
+}
+
+void writeJsonString(std::FILE* out, const QString& text)
+{
+    std::fputc('"', out);
+    for (const QChar c : text) {
+        const char16_t u = c.unicode();
+        if (u == '"' || u == '\\')
+            std::fprintf(out, "\\%c", char(u));
+        else if (u < 0x20)
+            std::fprintf(out, "\\u%04x", unsigned(u));
+        else
+            std::fputs(QString(c).toUtf8().constData(), out);
+    }
+    std::fputc('"', out);
+}
+
+void writeJson(std::FILE* out, const FileNode& node, int depth, std::optional<int> maxDepth)
+{
+    std::fputs("{\"name\":", out);
+    writeJsonString(out, node.displayName());
+    const std::string_view raw = node.name();
+    // Names need not be UTF-8; the exact bytes ride along when they are not.
+    if (!isValidUtf8(raw)) {
+        std::fputs(",\"nameHex\":\"", out);
+        for (unsigned char b : raw)
+            std::fprintf(out, "%02x", b);
+        std::fputc('"', out);
+    }
+    std::fprintf(out, ",\"size\":%lld,\"fileCount\":%lld,\"isDirectory\":%s,\"inaccessible\":%s,\"children\":[",
+                 static_cast<long long>(node.size()), static_cast<long long>(node.fileCount()),
+                 node.isDirectory() ? "true" : "false", node.isInaccessible() ? "true" : "false");
+    if (!maxDepth || depth < *maxDepth) {
+        bool first = true;
+        for (const FileNode& child : node.children()) {
+            if (!first)
+                std::fputc(',', out);
+            first = false;
+            writeJson(out, child, depth + 1, maxDepth);
+        }
+    }
+    std::fputs("]}", out);
+}
+
+void writeText(std::FILE* out, const FileNode& node, int depth, int maxDepth)
+{
+    if (depth > maxDepth)
+        return;
+    std::fprintf(out, "%*s%lld\t%lld\t%s%s%s\n", depth * 2, "", static_cast<long long>(node.size()),
+                 static_cast<long long>(node.fileCount()), node.displayName().toUtf8().constData(),
+                 node.isDirectory() && !node.isRoot() ? "/" : "", node.isInaccessible() ? "\t(inaccessible)" : "");
+    for (const FileNode& child : node.children())
+        writeText(out, child, depth + 1, maxDepth);
+}
+
+} // namespace
+
+int runScan(const QStringList& args)
+{
+    const auto parsed = parse(args);
+    if (!parsed) {
+        std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n", stderr);
+        return 2;
+    }
+    const bool quiet = parsed->quiet;
+    Scanner::Options options;
+    options.workers = parsed->workers;
+    Scanner scanner(
+        [quiet](const ScanProgress& p) {
+            if (quiet)
+                return;
+            std::fprintf(stderr, "\r\033[K%lld files, %lld bytes, %.0f files/s  %s",
+                         static_cast<long long>(p.filesScanned), static_cast<long long>(p.bytesScanned),
+                         p.filesPerSecond, p.currentPath.toUtf8().constData());
+        },
+        options);
+
+    const auto started = std::chrono::steady_clock::now();
+    const std::shared_ptr<ScanTree> tree = scanner.scan(parsed->path);
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    if (!quiet)
+        std::fputs("\r\033[K", stderr);
+
+    const FileNode& root = *tree->root();
+    std::FILE* out = stdout;
+    if (parsed->json) {
+        std::fprintf(out, "{\"path\":");
+        writeJsonString(out, root.displayPath());
+        std::fprintf(out, ",\"workers\":%d,\"nodes\":%lld,\"inaccessibleCount\":%lld,\"root\":",
+                     scanner.workersUsed(), static_cast<long long>(tree->nodeCount()),
+                     static_cast<long long>(root.inaccessibleCount()));
+        writeJson(out, root, 0, parsed->depth);
+        std::fputs("}\n", out);
+        return 0;
+    }
+    const auto nodes = tree->nodeCount();
+    std::fprintf(out, "path: %s\n", root.path().constData());
+    std::fprintf(out, "size: %lld\n", static_cast<long long>(root.size()));
+    std::fprintf(out, "files: %lld\n", static_cast<long long>(root.fileCount()));
+    std::fprintf(out, "nodes: %lld\n", static_cast<long long>(nodes));
+    std::fprintf(out, "inaccessible: %lld\n", static_cast<long long>(root.inaccessibleCount()));
+    std::fprintf(out, "tree_bytes: %zu\n", tree->memoryBytes());
+    std::fprintf(out, "bytes_per_node: %.1f\n", nodes ? double(tree->memoryBytes()) / double(nodes) : 0.0);
+    std::fprintf(out, "workers: %d\n", scanner.workersUsed());
+    std::fprintf(out, "seconds: %.3f\n", seconds);
+    writeText(out, root, 0, parsed->depth.value_or(2));
+    return 0;
+}
+
+} // namespace tw::cli

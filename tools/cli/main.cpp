@@ -1,0 +1,32 @@
+// tidewick-cli: runs Tidewick's own engines from a shell, for inspection and
+// for the benchmarks. Not part of the app.
+
+#include "ScanCommand.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <cstdio>
+
+namespace {
+void printUsage()
+{
+    std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n", stderr);
+}
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    QStringList args = QCoreApplication::arguments();
+    args.removeFirst();
+    if (args.isEmpty()) {
+        printUsage();
+        return 2;
+    }
+    const QString command = args.takeFirst();
+    if (command == QLatin1String("scan"))
+        return tw::cli::runScan(args);
+    printUsage();
+    return 2;
+}

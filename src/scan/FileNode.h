@@ -12,6 +12,7 @@
 namespace tw {
 
 class ScanTree;
+class Scanner;
 class Walker;
 
 // One file or folder of a scan. Sizes are allocated bytes, already rolled up:
@@ -68,6 +69,7 @@ public:
 private:
     friend class ScanTree;
     friend class Walker;
+    friend class Scanner;
     FileNode() = default;
 
     enum Bits : std::uint32_t {

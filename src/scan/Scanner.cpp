@@ -14,6 +14,7 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <system_error>
 #include <vector>
 
 #include <dirent.h>
@@ -366,27 +367,38 @@ void Walker::walkRootInParallel(FileNode& root, const struct stat* facts, int wo
     for (int i = 0; i < threads; ++i)
         helpers.emplace_back(m_scanner, m_boundary, m_path);
     std::atomic<std::size_t> next{0};
+    auto work = [&](Walker& own) {
+        // Folders start in listing order, no more than `workers` at once,
+        // and none after a cancellation.
+        while (!monitor.isCancelled()) {
+            const std::size_t at = next.fetch_add(1);
+            if (at >= pending.size())
+                break;
+            FileNode& child = slots[pending[at].slot];
+            const std::string_view name = child.name();
+            own.m_path.assign(m_path);
+            if (m_path.size() > 1)
+                own.m_path.push_back('/');
+            own.m_path.append(name);
+            try {
+                own.walkEntry(child, parentFd, name.data(), &pending[at].facts, 1);
+            } catch (const std::exception&) {
+                // Out of memory in this branch: keep the rest of the scan.
+                child.setInaccessible();
+            }
+        }
+    };
     std::vector<std::thread> running;
     running.reserve(std::size_t(threads));
     for (int i = 0; i < threads; ++i) {
-        running.emplace_back([&, i] {
-            Walker& own = helpers[std::size_t(i)];
-            // Folders start in listing order, no more than `workers` at once,
-            // and none after a cancellation.
-            while (!monitor.isCancelled()) {
-                const std::size_t at = next.fetch_add(1);
-                if (at >= pending.size())
-                    break;
-                FileNode& child = slots[pending[at].slot];
-                const std::string_view name = child.name();
-                own.m_path.assign(m_path);
-                if (m_path.size() > 1)
-                    own.m_path.push_back('/');
-                own.m_path.append(name);
-                own.walkEntry(child, parentFd, name.data(), &pending[at].facts, 1);
-            }
-        });
+        try {
+            running.emplace_back([&work, &helpers, i] { work(helpers[std::size_t(i)]); });
+        } catch (const std::system_error&) {
+            break; // the system will not give more threads; walk with those we have
+        }
     }
+    if (running.empty() && !helpers.empty())
+        work(helpers.front());
     for (std::thread& thread : running)
         thread.join();
     // Totals once, after every worker has ended.
@@ -487,10 +499,15 @@ std::shared_ptr<ScanTree> Scanner::scan(const QByteArray& givenPath)
     const std::string rootPath(path.constData(), std::size_t(path.size()));
     Walker walker(*this, boundary, rootPath);
     std::vector<Walker> helpers;
-    if (isDirectory && workers >= 2)
-        walker.walkRootInParallel(root, rootKnown ? &rootFacts : nullptr, workers, helpers);
-    else if (!isSkippedPath(rootPath))
-        walker.walkEntry(root, AT_FDCWD, path.constData(), rootKnown ? &rootFacts : nullptr, 0);
+    try {
+        if (isDirectory && workers >= 2)
+            walker.walkRootInParallel(root, rootKnown ? &rootFacts : nullptr, workers, helpers);
+        else if (!isSkippedPath(rootPath))
+            walker.walkEntry(root, AT_FDCWD, path.constData(), rootKnown ? &rootFacts : nullptr, 0);
+    } catch (const std::exception&) {
+        // A scan never fails: what could not be walked is flagged.
+        root.setInaccessible();
+    }
 
     m_monitor.reportFinal();
     stopWatchdog();

@@ -1,0 +1,133 @@
+// Volume facts: the shared decisions, and the Linux answers over a made-up
+// /sys tree and mount table, plus the real system for the current folder.
+
+#include "platform/VolumeFacts.h"
+#include "platform/linux/LinuxVolume.h"
+#include "scan/VolumeInfo.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+using namespace tw;
+using Medium = VolumeInfo::Medium;
+
+class VolumeTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+
+    // The kernel's layout: /sys/dev/block/MAJ:MIN links into the device tree.
+    QByteArray makeDisk(const QByteArray& disk, const QByteArray& rotational, bool withPartition)
+    {
+        const QByteArray sys = QFile::encodeName(m_dir.path()) + "/" + disk + "-sys";
+        const QByteArray deviceDir = sys + "/devices/pci0000:00/virtio1/block/" + disk;
+        QDir().mkpath(QFile::decodeName(deviceDir + "/queue"));
+        QDir().mkpath(QFile::decodeName(sys + "/dev/block"));
+        if (!rotational.isEmpty()) {
+            QFile f(QFile::decodeName(deviceDir + "/queue/rotational"));
+            if (!f.open(QIODevice::WriteOnly))
+                return {};
+            f.write(rotational + "\n");
+        }
+        ::symlink(QByteArray("../../devices/pci0000:00/virtio1/block/" + disk).constData(),
+                  QByteArray(sys + "/dev/block/8:0").constData());
+        if (withPartition) {
+            QDir().mkpath(QFile::decodeName(deviceDir + "/" + disk + "1"));
+            QFile p(QFile::decodeName(deviceDir + "/" + disk + "1/partition"));
+            if (!p.open(QIODevice::WriteOnly))
+                return {};
+            p.write("1\n");
+            ::symlink(QByteArray("../../devices/pci0000:00/virtio1/block/" + disk + "/" + disk + "1").constData(),
+                      QByteArray(sys + "/dev/block/8:1").constData());
+        }
+        return sys;
+    }
+
+private Q_SLOTS:
+    void capacityFromWhatThePlatformKnows()
+    {
+        QVERIFY(!VolumeInfo::capacityFrom(std::nullopt, 10, 20));
+        // Only the total known: nothing free is claimed.
+        QCOMPARE(*VolumeInfo::capacityFrom(1000, std::nullopt, std::nullopt), (VolumeInfo::Capacity{1000, 0, 0}));
+        // Purgeable space counts in what the user sees, even above the raw figure.
+        QCOMPARE(*VolumeInfo::capacityFrom(1000, 300, 450), (VolumeInfo::Capacity{1000, 450, 300}));
+        QCOMPARE(*VolumeInfo::capacityFrom(1000, 300, std::nullopt), (VolumeInfo::Capacity{1000, 300, 300}));
+    }
+
+    void mediumTypeTexts()
+    {
+        QCOMPARE(VolumeInfo::mediumFromType(u"Solid State"), Medium::solidState);
+        QCOMPARE(VolumeInfo::mediumFromType(u"Rotational"), Medium::rotational);
+        QCOMPARE(VolumeInfo::mediumFromType(u"solid state"), Medium::unknown);
+        QCOMPARE(VolumeInfo::mediumFromType(u""), Medium::unknown);
+        QCOMPARE(VolumeInfo::toText(Medium::network), QStringLiteral("network"));
+    }
+
+    void sysfsWholeDisksAndPartitions()
+    {
+        QVERIFY(m_dir.isValid());
+        const QByteArray ssd = makeDisk("nvme", "0", true);
+        QCOMPARE(linuxvolume::mediumFromSysfs(ssd, 8, 0), Medium::solidState);
+        // A partition asks its disk.
+        QCOMPARE(linuxvolume::mediumFromSysfs(ssd, 8, 1), Medium::solidState);
+        const QByteArray hdd = makeDisk("sda", "1", true);
+        QCOMPARE(linuxvolume::mediumFromSysfs(hdd, 8, 1), Medium::rotational);
+        QCOMPARE(linuxvolume::mediumFromSysfs(hdd, 8, 0), Medium::rotational);
+        // Nothing to read, or no such device: unknown.
+        const QByteArray silent = makeDisk("vdb", "", false);
+        QCOMPARE(linuxvolume::mediumFromSysfs(silent, 8, 0), Medium::unknown);
+        QCOMPARE(linuxvolume::mediumFromSysfs(hdd, 8, 7), Medium::unknown);
+        QCOMPARE(linuxvolume::mediumFromSysfs("/nonexistent", 8, 0), Medium::unknown);
+    }
+
+    void networkTypes()
+    {
+        for (const char* type : {"nfs", "nfs4", "cifs", "smb3", "9p", "ceph", "fuse.sshfs", "fuse.rclone"})
+            QVERIFY2(linuxvolume::isNetworkType(type), type);
+        for (const char* type : {"ext4", "btrfs", "tmpfs", "fuse", "fuse.gvfsd-fuse", "fuseblk", "nfsd", "overlay"})
+            QVERIFY2(!linuxvolume::isNetworkType(type), type);
+    }
+
+    void mountTableLookup()
+    {
+        const QByteArray table =
+            "22 1 254:1 / / rw,relatime shared:1 - ext4 /dev/vda1 rw\n"
+            "40 22 0:45 / /home/me/remote rw,nosuid - fuse.sshfs me@host:/srv rw\n"
+            "41 40 0:45 /sub /home/me/remote/deeper rw - fuse.other x rw\n"
+            "42 22 0:46 / /mnt/my\\040share rw - cifs //server/share rw\n"
+            "garbage line\n";
+        QCOMPARE(linuxvolume::mountType(table, 0, 45, "/home/me/remote/docs"), std::optional<QByteArray>("fuse.sshfs"));
+        // The longest mount point holding the path wins.
+        QCOMPARE(linuxvolume::mountType(table, 0, 45, "/home/me/remote/deeper/x"),
+                 std::optional<QByteArray>("fuse.other"));
+        // A prefix of the name is not a parent folder.
+        QVERIFY(!linuxvolume::mountType(table, 0, 45, "/home/me/remotely"));
+        QCOMPARE(linuxvolume::mountType(table, 0, 46, "/mnt/my share/a"), std::optional<QByteArray>("cifs"));
+        QCOMPARE(linuxvolume::mountType(table, 254, 1, "/etc"), std::optional<QByteArray>("ext4"));
+        QVERIFY(!linuxvolume::mountType(table, 9, 9, "/etc"));
+    }
+
+    void realSystemAnswers()
+    {
+        const QByteArray here = QFile::encodeName(m_dir.path());
+        const auto capacity = VolumeInfo::capacity(here);
+        QVERIFY(capacity);
+        struct statvfs facts {};
+        QCOMPARE(::statvfs(here.constData(), &facts), 0);
+        QCOMPARE(capacity->total, qint64(facts.f_blocks) * qint64(facts.f_frsize));
+        QCOMPARE(capacity->free, capacity->rawFree);
+        QVERIFY(capacity->free >= 0 && capacity->free <= capacity->total);
+        QVERIFY(!VolumeInfo::capacity("/no/such/folder/anywhere"));
+        // Any answer will do on an unknown machine, but it must not be network for a temp folder.
+        QVERIFY(VolumeInfo::medium(here) != Medium::network);
+        QCOMPARE(VolumeInfo::medium("/no/such/folder"), Medium::unknown);
+    }
+};
+
+QTEST_GUILESS_MAIN(VolumeTest)
+#include "tst_volume.moc"

@@ -9,18 +9,24 @@ FileAllocationTracker::Identity identityOf(const struct stat& facts)
 }
 } // namespace
 
+bool FileAllocationTracker::carriesBlocks(const struct stat& facts)
+{
+    // Sockets, pipes and devices count as files but cost nothing.
+    if (!S_ISREG(facts.st_mode))
+        return false;
+    // The first path to reach a hard-linked file carries all of its blocks.
+    if (facts.st_nlink >= 2) {
+        const std::lock_guard guard(m_lock);
+        return m_linkedFiles.insert(identityOf(facts)).second;
+    }
+    return true;
+}
+
 qint64 FileAllocationTracker::allocatedSize(const QByteArray& path, std::optional<qint64> reportedSize)
 {
     struct stat facts {};
-    if (::lstat(path.constData(), &facts) != 0)
+    if (::lstat(path.constData(), &facts) != 0 || !carriesBlocks(facts))
         return 0;
-    if (!S_ISREG(facts.st_mode))
-        return 0;
-    if (facts.st_nlink >= 2) {
-        const std::lock_guard guard(m_lock);
-        if (!m_linkedFiles.insert(identityOf(facts)).second)
-            return 0;
-    }
     if (reportedSize)
         return *reportedSize < 0 ? 0 : *reportedSize;
     return facts.st_blocks < 0 ? 0 : qint64(facts.st_blocks) * 512;
@@ -28,13 +34,8 @@ qint64 FileAllocationTracker::allocatedSize(const QByteArray& path, std::optiona
 
 qint64 FileAllocationTracker::allocatedSize(const struct stat& facts)
 {
-    if (!S_ISREG(facts.st_mode))
+    if (!carriesBlocks(facts))
         return 0;
-    if (facts.st_nlink >= 2) {
-        const std::lock_guard guard(m_lock);
-        if (!m_linkedFiles.insert(identityOf(facts)).second)
-            return 0;
-    }
     return facts.st_blocks < 0 ? 0 : qint64(facts.st_blocks) * 512;
 }
 

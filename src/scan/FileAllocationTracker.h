@@ -41,6 +41,10 @@ public:
     [[nodiscard]] std::size_t linkedFileCount() const;
 
 private:
+    // Whether this file's blocks are charged here: a regular file, reached
+    // for the first time if it has several links.
+    [[nodiscard]] bool carriesBlocks(const struct stat& facts);
+
     struct IdentityHash {
         std::size_t operator()(const Identity& id) const noexcept
         {

@@ -9,19 +9,6 @@
 namespace tw {
 
 namespace {
-// Names are stored as a LEB128 length followed by the bytes.
-std::string_view readName(const unsigned char* at)
-{
-    std::size_t length = 0;
-    int shift = 0;
-    while (*at & 0x80) {
-        length |= std::size_t(*at++ & 0x7f) << shift;
-        shift += 7;
-    }
-    length |= std::size_t(*at++) << shift;
-    return {reinterpret_cast<const char*>(at), length};
-}
-
 std::string_view lastComponent(std::string_view path)
 {
     if (path == "/")
@@ -35,7 +22,7 @@ std::string_view FileNode::name() const
 {
     if (!m_name)
         return {};
-    const std::string_view stored = readName(m_name);
+    const std::string_view stored = readStoredName(m_name);
     return isRoot() ? lastComponent(stored) : stored;
 }
 
@@ -52,7 +39,7 @@ QByteArray FileNode::path() const
     for (const FileNode* at = this; at; at = at->m_parent)
         chain.push_back(at);
     const FileNode* top = chain.back();
-    std::string_view start = top->isRoot() ? readName(top->m_name) : top->name();
+    std::string_view start = top->isRoot() ? readStoredName(top->m_name) : top->name();
     QByteArray out(start.data(), qsizetype(start.size()));
     for (auto it = chain.rbegin() + 1; it != chain.rend(); ++it) {
         if (!out.endsWith('/'))
@@ -154,17 +141,7 @@ ScanTree::ScanTree(const QByteArray& rootPath, bool isDirectory) : m_arenas(std:
 {
     // The root keeps its whole path where other nodes keep a name.
     Arena& arena = m_arenas->arenas.emplace_back();
-    std::size_t length = std::size_t(rootPath.size());
-    unsigned char prefix[10];
-    std::size_t prefixLength = 0;
-    do {
-        prefix[prefixLength++] = static_cast<unsigned char>((length & 0x7f) | (length > 0x7f ? 0x80 : 0));
-        length >>= 7;
-    } while (length);
-    auto* stored = static_cast<unsigned char*>(arena.allocate(prefixLength + std::size_t(rootPath.size()) + 1, 1));
-    std::memcpy(stored, prefix, prefixLength);
-    std::memcpy(stored + prefixLength, rootPath.constData(), std::size_t(rootPath.size()));
-    stored[prefixLength + std::size_t(rootPath.size())] = 0;
+    const unsigned char* stored = storeName(arena, rootPath.constData(), std::size_t(rootPath.size()));
     m_root.m_name = stored;
     m_root.m_bits = FileNode::kRoot | (isDirectory ? std::uint32_t(FileNode::kDirectory) : 0u);
 }

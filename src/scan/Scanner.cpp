@@ -58,35 +58,6 @@ QByteArray normalizedRoot(const QByteArray& given)
     return path;
 }
 
-unsigned char* storeName(Arena& arena, const char* name, std::size_t length)
-{
-    unsigned char prefix[10];
-    std::size_t prefixLength = 0;
-    std::size_t rest = length;
-    do {
-        prefix[prefixLength++] = static_cast<unsigned char>((rest & 0x7f) | (rest > 0x7f ? 0x80 : 0));
-        rest >>= 7;
-    } while (rest);
-    // The trailing NUL lets the stored name go straight to the system calls.
-    auto* out = static_cast<unsigned char*>(arena.allocate(prefixLength + length + 1, 1));
-    std::memcpy(out, prefix, prefixLength);
-    std::memcpy(out + prefixLength, name, length);
-    out[prefixLength + length] = 0;
-    return out;
-}
-
-std::string_view storedName(const unsigned char* at)
-{
-    std::size_t length = 0;
-    int shift = 0;
-    while (*at & 0x80) {
-        length |= std::size_t(*at++ & 0x7f) << shift;
-        shift += 7;
-    }
-    length |= std::size_t(*at++) << shift;
-    return {reinterpret_cast<const char*>(at), length};
-}
-
 int activeProcessorCount()
 {
     return std::max(1, QThread::idealThreadCount());
@@ -139,8 +110,12 @@ private:
     bool readNames(DIR* dir, std::vector<const unsigned char*>& names);
     // Whether a listed child is left out of the tree altogether.
     bool leftOut(const struct stat& facts, std::string_view name) const;
-    FileNode& makeChild(FileNode* slots, std::uint32_t index, FileNode& parent, const unsigned char* name,
-                        bool isDirectory);
+    FileNode* allocateSlots(std::size_t count);
+    // Examines one listed entry. Returns the node made for it in slots[index],
+    // with a file already charged, or null when the entry is left out. A
+    // child that cannot be examined is kept as a file that costs nothing.
+    FileNode* admitChild(int dirFd, const unsigned char* stored, FileNode& parent, FileNode* slots,
+                         std::uint32_t index, struct stat& facts);
     void chargeFile(FileNode& node, const struct stat* facts);
     void finishFolder(FileNode& node, FileNode* slots, std::uint32_t kept);
     void reportPath() { m_scanner.m_monitor.reportPath(m_path); }
@@ -177,15 +152,29 @@ bool Walker::leftOut(const struct stat& facts, std::string_view name) const
     return m_path == "/" && Scanner::isSkippedPath(std::string("/").append(name));
 }
 
-FileNode& Walker::makeChild(FileNode* slots, std::uint32_t index, FileNode& parent,
-                            const unsigned char* name, bool isDirectory)
+FileNode* Walker::allocateSlots(std::size_t count)
 {
+    if (count == 0)
+        return nullptr;
+    return static_cast<FileNode*>(m_arena.allocate(count * sizeof(FileNode), alignof(FileNode)));
+}
+
+FileNode* Walker::admitChild(int dirFd, const unsigned char* stored, FileNode& parent, FileNode* slots,
+                             std::uint32_t index, struct stat& facts)
+{
+    const std::string_view name = readStoredName(stored);
+    const bool known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
+    if (known && leftOut(facts, name))
+        return nullptr;
+    const bool isDirectory = known && S_ISDIR(facts.st_mode);
     auto* child = new (&slots[index]) FileNode;
-    child->m_name = name;
+    child->m_name = stored;
     child->m_parent = &parent;
     child->m_bits = isDirectory ? std::uint32_t(FileNode::kDirectory) : 0u;
     ++m_nodesMade;
-    return *child;
+    if (!isDirectory)
+        chargeFile(*child, known ? &facts : nullptr);
+    return child;
 }
 
 void Walker::chargeFile(FileNode& node, const struct stat* facts)
@@ -261,8 +250,7 @@ void Walker::walkDirectory(FileNode& node, int fd, int depth)
     const int dirFd = ::dirfd(dir.dir);
     ScanMonitor& monitor = m_scanner.m_monitor;
     const std::size_t pathLength = m_path.size();
-    FileNode* slots = names.empty() ? nullptr
-        : static_cast<FileNode*>(m_arena.allocate(names.size() * sizeof(FileNode), alignof(FileNode)));
+    FileNode* slots = allocateSlots(names.size());
     std::uint32_t kept = 0;
 
     for (const unsigned char* stored : names) {
@@ -272,22 +260,17 @@ void Walker::walkDirectory(FileNode& node, int fd, int depth)
             node.setInaccessible();
             break;
         }
-        const std::string_view name = storedName(stored);
         struct stat facts {};
-        // A child that cannot be examined is kept as a file that costs nothing.
-        const bool known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
-        if (known && leftOut(facts, name))
+        FileNode* child = admitChild(dirFd, stored, node, slots, kept, facts);
+        if (!child)
             continue;
-        const bool isDirectory = known && S_ISDIR(facts.st_mode);
-        FileNode& child = makeChild(slots, kept, node, stored, isDirectory);
-        if (isDirectory) {
+        if (child->isDirectory()) {
+            const std::string_view name = child->name();
             if (pathLength > 1)
                 m_path.push_back('/');
             m_path.append(name);
-            walkEntry(child, dirFd, name.data(), &facts, depth + 1);
+            walkEntry(*child, dirFd, name.data(), &facts, depth + 1);
             m_path.resize(pathLength);
-        } else {
-            chargeFile(child, known ? &facts : nullptr);
         }
         ++kept;
         if (kept % kReportEvery == 0) {
@@ -310,23 +293,17 @@ bool Walker::listRoot(FileNode& root, DIR* dir, std::vector<Pending>& pending)
         return false;
     }
     const int dirFd = ::dirfd(dir);
-    FileNode* slots = names.empty() ? nullptr
-        : static_cast<FileNode*>(m_arena.allocate(names.size() * sizeof(FileNode), alignof(FileNode)));
+    FileNode* slots = allocateSlots(names.size());
     std::uint32_t kept = 0;
     for (const unsigned char* stored : names) {
         if (m_scanner.m_monitor.isCancelled())
             break;
-        const std::string_view name = storedName(stored);
         struct stat facts {};
-        const bool known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
-        if (known && leftOut(facts, name))
+        FileNode* child = admitChild(dirFd, stored, root, slots, kept, facts);
+        if (!child)
             continue;
-        const bool isDirectory = known && S_ISDIR(facts.st_mode);
-        FileNode& child = makeChild(slots, kept, root, stored, isDirectory);
-        if (isDirectory)
+        if (child->isDirectory())
             pending.push_back({kept, facts});
-        else
-            chargeFile(child, known ? &facts : nullptr);
         ++kept;
     }
     // Stored now; the totals are taken once the workers are done.

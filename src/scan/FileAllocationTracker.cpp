@@ -7,7 +7,60 @@ FileAllocationTracker::Identity identityOf(const struct stat& facts)
 {
     return {static_cast<std::uint32_t>(facts.st_dev), static_cast<std::uint64_t>(facts.st_ino)};
 }
+
+std::size_t slotOf(std::uint64_t inode, std::size_t mask)
+{
+    return std::size_t((inode * 0x9E3779B97F4A7C15ull) >> 17) & mask;
+}
 } // namespace
+
+bool FileAllocationTracker::IdentitySet::insertInto(Table& table, std::uint64_t inode)
+{
+    if (inode == 0) {
+        const bool fresh = !table.hasZero;
+        table.hasZero = true;
+        return fresh;
+    }
+    // Grow at a load of 0.7; linear probing with a multiplicative hash.
+    if ((table.count + 1) * 10 > table.slots.size() * 7) {
+        std::vector<std::uint64_t> old = std::move(table.slots);
+        table.slots.assign(old.empty() ? 1024 : old.size() * 2, 0);
+        const std::size_t mask = table.slots.size() - 1;
+        for (std::uint64_t kept : old) {
+            if (kept == 0)
+                continue;
+            std::size_t at = slotOf(kept, mask);
+            while (table.slots[at] != 0)
+                at = (at + 1) & mask;
+            table.slots[at] = kept;
+        }
+    }
+    const std::size_t mask = table.slots.size() - 1;
+    for (std::size_t at = slotOf(inode, mask);; at = (at + 1) & mask) {
+        if (table.slots[at] == inode)
+            return false;
+        if (table.slots[at] == 0) {
+            table.slots[at] = inode;
+            ++table.count;
+            return true;
+        }
+    }
+}
+
+bool FileAllocationTracker::IdentitySet::insert(const Identity& id)
+{
+    Table* table = nullptr;
+    for (Table& t : m_tables)
+        if (t.device == id.device)
+            table = &t;
+    if (!table) {
+        table = &m_tables.emplace_back();
+        table->device = id.device;
+    }
+    const bool fresh = insertInto(*table, id.inode);
+    m_size += fresh ? 1 : 0;
+    return fresh;
+}
 
 bool FileAllocationTracker::carriesBlocks(const struct stat& facts)
 {
@@ -17,7 +70,7 @@ bool FileAllocationTracker::carriesBlocks(const struct stat& facts)
     // The first path to reach a hard-linked file carries all of its blocks.
     if (facts.st_nlink >= 2) {
         const std::lock_guard guard(m_lock);
-        return m_linkedFiles.insert(identityOf(facts)).second;
+        return m_linkedFiles.insert(identityOf(facts));
     }
     return true;
 }
@@ -52,7 +105,7 @@ FileAllocationTracker::Claim FileAllocationTracker::claimDirectory(const struct 
     if (!S_ISDIR(facts.st_mode))
         return Claim::alreadySeen;
     const std::lock_guard guard(m_lock);
-    return m_directories.insert(identityOf(facts)).second ? Claim::claimed : Claim::alreadySeen;
+    return m_directories.insert(identityOf(facts)) ? Claim::claimed : Claim::alreadySeen;
 }
 
 std::size_t FileAllocationTracker::directoryCount() const

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
-#include <unordered_set>
+#include <vector>
 
 #include <sys/stat.h>
 
@@ -45,15 +45,29 @@ private:
     // for the first time if it has several links.
     [[nodiscard]] bool carriesBlocks(const struct stat& facts);
 
-    struct IdentityHash {
-        std::size_t operator()(const Identity& id) const noexcept
-        {
-            return std::hash<std::uint64_t>{}(id.inode * 0x9E3779B97F4A7C15ull ^ id.device);
-        }
+    // A compact set of identities: one open-addressed table of inodes per
+    // device, 8 bytes a slot. A scan of a disk enters hundreds of thousands
+    // of folders, and a node-based set would cost more than the tree does.
+    class IdentitySet {
+    public:
+        // True when the identity was not there yet.
+        bool insert(const Identity& id);
+        [[nodiscard]] std::size_t size() const { return m_size; }
+    private:
+        struct Table {
+            std::uint32_t device = 0;
+            bool hasZero = false; // inode 0 marks an empty slot, so it is kept apart
+            std::size_t count = 0;
+            std::vector<std::uint64_t> slots;
+        };
+        static bool insertInto(Table& table, std::uint64_t inode);
+        std::vector<Table> m_tables;
+        std::size_t m_size = 0;
     };
+
     mutable std::mutex m_lock;
-    std::unordered_set<Identity, IdentityHash> m_directories;
-    std::unordered_set<Identity, IdentityHash> m_linkedFiles;
+    IdentitySet m_directories;
+    IdentitySet m_linkedFiles;
 };
 
 } // namespace tw

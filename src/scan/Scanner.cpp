@@ -31,6 +31,8 @@ namespace {
 // empty, flagged node.
 constexpr int kDepthLimit = 129;
 constexpr std::uint32_t kReportEvery = 500;
+// Small enough that reports and the stall rule see headway promptly.
+constexpr qint64 kCounterBatch = 64;
 
 // A deep walk keeps one descriptor open per level and per worker.
 void raiseDescriptorLimit()
@@ -118,7 +120,24 @@ private:
                          std::uint32_t index, struct stat& facts);
     void chargeFile(FileNode& node, const struct stat* facts);
     void finishFolder(FileNode& node, FileNode* slots, std::uint32_t kept);
-    void reportPath() { m_scanner.m_monitor.reportPath(m_path); }
+    void reportPath()
+    {
+        flushCounters();
+        m_scanner.m_monitor.reportPath(m_path);
+    }
+
+public:
+    // Hands the files charged since the last flush to the shared counters.
+    void flushCounters()
+    {
+        if (m_pendingFiles == 0)
+            return;
+        m_scanner.m_monitor.addToCounters(m_pendingBytes, m_pendingFiles);
+        m_pendingBytes = 0;
+        m_pendingFiles = 0;
+    }
+
+private:
 
     Scanner& m_scanner;
     const VolumeBoundary& m_boundary;
@@ -126,6 +145,10 @@ private:
     Arena m_arena;
     std::vector<std::vector<const unsigned char*>> m_listings; // one per depth, reused
     qint64 m_nodesMade = 0;
+    // Charged files wait here and reach the shared counters in batches, so
+    // that workers do not contend for one cache line a file.
+    qint64 m_pendingBytes = 0;
+    qint64 m_pendingFiles = 0;
 };
 
 bool Walker::readNames(DIR* dir, std::vector<const unsigned char*>& names)
@@ -182,7 +205,9 @@ void Walker::chargeFile(FileNode& node, const struct stat* facts)
     const qint64 size = facts ? m_scanner.m_allocation.allocatedSize(*facts) : 0;
     node.m_size = size;
     node.m_fileCount = 1;
-    m_scanner.m_monitor.addToCounters(size, 1);
+    m_pendingBytes += size;
+    if (++m_pendingFiles == kCounterBatch)
+        flushCounters();
 }
 
 void Walker::finishFolder(FileNode& node, FileNode* slots, std::uint32_t kept)
@@ -280,6 +305,7 @@ void Walker::walkDirectory(FileNode& node, int fd, int depth)
         }
     }
     finishFolder(node, slots, kept);
+    flushCounters();
     // The innermost folder that saw the request has honoured it.
     if (monitor.skipRequested())
         monitor.clearSkip();
@@ -359,6 +385,7 @@ void Walker::walkRootInParallel(FileNode& root, const struct stat* facts, int wo
             own.m_path.append(name);
             try {
                 own.walkEntry(child, parentFd, name.data(), &pending[at].facts, 1);
+                own.flushCounters();
             } catch (const std::exception&) {
                 // Out of memory in this branch: keep the rest of the scan.
                 child.setInaccessible();
@@ -486,6 +513,7 @@ std::shared_ptr<ScanTree> Scanner::scan(const QByteArray& givenPath)
         root.setInaccessible();
     }
 
+    walker.flushCounters();
     m_monitor.reportFinal();
     stopWatchdog();
 

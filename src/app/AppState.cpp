@@ -1,12 +1,16 @@
 #include "app/AppState.h"
 
-#include "app/DiskAccess.h"
 #include "platform/VolumeFacts.h"
+#include "screens/FullDiskAccess.h"
 
 namespace tw {
 
 namespace {
-const UnrestrictedDiskAccess kUnrestricted;
+const DiskAccess& systemDiskAccess()
+{
+    static const SystemDiskAccess access;
+    return access;
+}
 } // namespace
 
 AppState::AppState(QObject* parent) : AppState(Services{}, parent) {}
@@ -16,7 +20,7 @@ AppState::AppState(Services services, QObject* parent) : QObject(parent), m_serv
     if (!m_services.volumes)
         m_services.volumes = &systemVolumeFacts();
     if (!m_services.diskAccess)
-        m_services.diskAccess = &kUnrestricted;
+        m_services.diskAccess = &systemDiskAccess();
 }
 
 AppState::~AppState()

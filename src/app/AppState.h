@@ -45,7 +45,7 @@ public:
     // What AppState is given instead of reaching for the system itself.
     struct Services {
         const VolumeFacts* volumes = nullptr;   // the running system's if null
-        const DiskAccess* diskAccess = nullptr; // unrestricted if null
+        const DiskAccess* diskAccess = nullptr; // the system's if null
         Scanner::Options scannerOptions;        // e.g. a forced worker count
     };
 

@@ -1,0 +1,41 @@
+#include "localization/Catalogue.h"
+
+namespace tw::catalogue {
+
+const Table& source(Language language)
+{
+    switch (language) {
+    case Language::english:
+        return english();
+    case Language::russian:
+        return russian();
+    case Language::german:
+        return german();
+    case Language::chinese:
+        return chinese();
+    }
+    return english();
+}
+
+const QHash<QString, QString>& table(Language language)
+{
+    // Built once, under the static's own one-time initialisation.
+    static const std::array<QHash<QString, QString>, allLanguages.size()> tables = [] {
+        std::array<QHash<QString, QString>, allLanguages.size()> built;
+        for (Language language : allLanguages) {
+            QHash<QString, QString>& map = built[std::size_t(language)];
+            map.reserve(qsizetype(kKeyCount));
+            for (const Entry& entry : source(language)) {
+                const QString key = QString::fromUtf8(entry.key);
+                if (map.contains(key))
+                    qFatal("the %s text table holds the key \"%s\" twice", qPrintable(languageCode(language)),
+                           entry.key);
+                map.insert(key, QString::fromUtf8(entry.text));
+            }
+        }
+        return built;
+    }();
+    return tables[std::size_t(language)];
+}
+
+} // namespace tw::catalogue

@@ -1,0 +1,63 @@
+#include "localization/LocalizationManager.h"
+
+#include "localization/Catalogue.h"
+#include "localization/SettingsStore.h"
+
+#include <QLocale>
+
+namespace tw {
+
+LocalizationManager::LocalizationManager(SettingsStore& store, const QStringList& preferredLanguages,
+                                         QObject* parent)
+    : QObject(parent), m_store(store), m_current(Language::english)
+{
+    const auto stored = m_store.string(QString::fromLatin1(kSettingsKey));
+    const auto chosen = stored ? languageFromCode(*stored) : std::nullopt;
+    // The detected language is not written back: a user who never picks
+    // keeps following the system's list.
+    m_current.store(chosen ? *chosen : detectLanguage(preferredLanguages), std::memory_order_release);
+}
+
+LocalizationManager& LocalizationManager::shared()
+{
+    static SystemSettingsStore store;
+    static LocalizationManager* const instance = new LocalizationManager(store, QLocale::system().uiLanguages());
+    return *instance;
+}
+
+void LocalizationManager::setCurrent(Language language)
+{
+    if (current() == language)
+        return;
+    m_current.store(language, std::memory_order_release);
+    m_store.setString(QString::fromLatin1(kSettingsKey), languageCode(language));
+    Q_EMIT currentChanged();
+}
+
+QString LocalizationManager::lookup(Language language, const QString& key)
+{
+    const auto& own = catalogue::table(language);
+    if (const auto found = own.constFind(key); found != own.constEnd())
+        return *found;
+    const auto& english = catalogue::table(Language::english);
+    if (const auto found = english.constFind(key); found != english.constEnd())
+        return *found;
+    return key;
+}
+
+QString LocalizationManager::string(const QString& key) const
+{
+    return lookup(current(), key);
+}
+
+QVariantMap LocalizationManager::strings() const
+{
+    QVariantMap map;
+    for (const catalogue::Entry& entry : catalogue::english()) {
+        const QString key = QString::fromUtf8(entry.key);
+        map.insert(key, string(key));
+    }
+    return map;
+}
+
+} // namespace tw

@@ -1,0 +1,60 @@
+#include "screens/LocalizationQml.h"
+
+#include "localization/LocalizationManager.h"
+#include "localization/TextFormat.h"
+
+namespace tw {
+
+LocalizationQml::LocalizationQml(QObject* parent) : QObject(parent)
+{
+    connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this, &LocalizationQml::changed);
+}
+
+int LocalizationQml::current() const
+{
+    return int(LocalizationManager::shared().current());
+}
+
+void LocalizationQml::setCurrent(int language)
+{
+    for (Language candidate : allLanguages)
+        if (int(candidate) == language)
+            LocalizationManager::shared().setCurrent(candidate);
+}
+
+QString LocalizationQml::code() const
+{
+    return languageCode(LocalizationManager::shared().current());
+}
+
+QVariantMap LocalizationQml::strings() const
+{
+    return LocalizationManager::shared().strings();
+}
+
+QVariantList LocalizationQml::languages() const
+{
+    QVariantList list;
+    for (Language language : allLanguages)
+        list.append(QVariantMap{{QStringLiteral("value"), int(language)},
+                                {QStringLiteral("code"), languageCode(language)},
+                                {QStringLiteral("name"), languageNativeName(language)}});
+    return list;
+}
+
+QString LocalizationQml::string(const QString& key) const
+{
+    return LocalizationManager::shared().string(key);
+}
+
+QString LocalizationQml::formatBytes(double count) const
+{
+    return tw::formatBytes(qint64(count));
+}
+
+QString LocalizationQml::percentText(double value, double total) const
+{
+    return tw::percentText(value, total);
+}
+
+} // namespace tw

@@ -1,0 +1,241 @@
+// The catalogue's completeness and conventions, language detection and
+// persistence, and the byte and percent formatters.
+
+#include "localization/Catalogue.h"
+#include "localization/LocalizationManager.h"
+#include "localization/SettingsStore.h"
+#include "localization/TextFormat.h"
+
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <map>
+
+using namespace tw;
+
+namespace {
+class FakeStore final : public SettingsStore {
+public:
+    std::optional<QString> string(const QString& key) const override
+    {
+        const auto found = values.find(key);
+        return found == values.end() ? std::nullopt : std::optional<QString>(found->second);
+    }
+    void setString(const QString& key, const QString& value) override
+    {
+        values[key] = value;
+        ++writes;
+    }
+    std::map<QString, QString> values;
+    int writes = 0;
+};
+
+QStringList placeholders(const QString& text)
+{
+    QStringList found;
+    static const QRegularExpression pattern(QStringLiteral("%[@d]"));
+    for (auto it = pattern.globalMatch(text); it.hasNext();)
+        found << it.next().captured();
+    return found;
+}
+
+const QString kKey = QString::fromLatin1(LocalizationManager::kSettingsKey);
+} // namespace
+
+class LocalizationTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyTableHoldsEveryKeyInOrder()
+    {
+        const catalogue::Table& english = catalogue::english();
+        for (Language language : allLanguages) {
+            const catalogue::Table& table = catalogue::source(language);
+            const auto& map = catalogue::table(language);
+            QCOMPARE(map.size(), qsizetype(catalogue::kKeyCount)); // no key twice
+            for (std::size_t i = 0; i < catalogue::kKeyCount; ++i) {
+                const QString key = QString::fromUtf8(english[i].key);
+                QCOMPARE(QString::fromUtf8(table[i].key), key);
+                const QString text = LocalizationManager::lookup(language, key);
+                QVERIFY2(!text.trimmed().isEmpty(), qPrintable(key));
+                QVERIFY2(text != key, qPrintable(key));
+            }
+        }
+    }
+
+    void placeholdersMatchEnglish()
+    {
+        for (const catalogue::Entry& entry : catalogue::english()) {
+            const QString key = QString::fromUtf8(entry.key);
+            const QStringList expected = placeholders(QString::fromUtf8(entry.text));
+            for (Language language : allLanguages)
+                QVERIFY2(placeholders(LocalizationManager::lookup(language, key)) == expected,
+                         qPrintable(languageCode(language) + QLatin1Char(' ') + key));
+        }
+        QCOMPARE(placeholders(LocalizationManager::lookup(Language::english, QStringLiteral("trash.summary"))),
+                 (QStringList{QStringLiteral("%d"), QStringLiteral("%d"), QStringLiteral("%@")}));
+    }
+
+    void conventionsOfEachLanguage()
+    {
+        const QString name = QStringLiteral("Tidewick");
+        for (const catalogue::Entry& entry : catalogue::english()) {
+            const QString key = QString::fromUtf8(entry.key);
+            const QString english = QString::fromUtf8(entry.text);
+            for (Language language : allLanguages) {
+                const QString text = LocalizationManager::lookup(language, key);
+                const QString where = languageCode(language) + QLatin1Char(' ') + key;
+                // The product name stands as it is wherever English names it.
+                QCOMPARE(text.count(name), english.count(name));
+                // One ellipsis character, never three dots.
+                QVERIFY2(!text.contains(QStringLiteral("...")), qPrintable(where));
+                QCOMPARE(text.count(QChar(0x2026)), english.count(QChar(0x2026)));
+                // Sentences keep their full stop, labels stay without one.
+                const bool sentence = english.endsWith(QLatin1Char('.'));
+                const bool stops = text.endsWith(QLatin1Char('.')) || text.endsWith(QChar(0x3002));
+                if (!english.contains(QLatin1Char('\n')))
+                    QVERIFY2(sentence == stops, qPrintable(where));
+                // Each language's own quotation marks.
+                if (language != Language::english)
+                    QVERIFY2(!text.contains(QChar(0x201C)) || language == Language::german, qPrintable(where));
+                if (language == Language::chinese) {
+                    for (QChar halfWidth : {QLatin1Char(','), QLatin1Char(':'), QLatin1Char('?'), QLatin1Char('(')}) {
+                        // Half-width punctuation only inside Latin fragments (paths, "⌘R", addresses).
+                        if (text.contains(halfWidth) && !english.contains(QStringLiteral("(⌘R)"))
+                            && !text.contains(QStringLiteral("://")))
+                            QVERIFY2(false, qPrintable(where));
+                    }
+                }
+            }
+        }
+        QCOMPARE(LocalizationManager::lookup(Language::chinese, QStringLiteral("fda.step.open")),
+                 QStringLiteral("点击「打开设置」"));
+        QCOMPARE(LocalizationManager::lookup(Language::german, QStringLiteral("fda.step.open")),
+                 QStringLiteral("Auf „Einstellungen öffnen“ klicken"));
+        QCOMPARE(LocalizationManager::lookup(Language::russian, QStringLiteral("welcome.scanHome")),
+                 QStringLiteral("Сканировать дом. папку"));
+        QCOMPARE(LocalizationManager::lookup(Language::german, QStringLiteral("snapshots.result.freed")),
+                 QStringLiteral("%@ freigegeben."));
+        // The fixed web address of the product.
+        QVERIFY(LocalizationManager::lookup(Language::english, QStringLiteral("appstore.limited.body"))
+                    .contains(QStringLiteral("https://tidewick.app for a complete picture.")));
+    }
+
+    void lookupFallsBackToTheBareKey()
+    {
+        FakeStore store;
+        store.values[kKey] = QStringLiteral("ru");
+        LocalizationManager manager(store, {});
+        QCOMPARE(manager.string(QStringLiteral("no.such.key")), QStringLiteral("no.such.key"));
+        QCOMPARE(manager.string(QStringLiteral("mode.apps")), QStringLiteral("Приложения"));
+        QCOMPARE(manager.strings().value(QStringLiteral("mode.apps")).toString(), QStringLiteral("Приложения"));
+        QCOMPARE(manager.strings().size(), qsizetype(catalogue::kKeyCount));
+    }
+
+    void detection_data()
+    {
+        QTest::addColumn<QStringList>("preferred");
+        QTest::addColumn<Language>("expected");
+        QTest::newRow("empty") << QStringList{} << Language::english;
+        QTest::newRow("first supported wins") << QStringList{"fr-FR", "de-DE", "en-US"} << Language::german;
+        QTest::newRow("english first") << QStringList{"en-GB", "ru-RU"} << Language::english;
+        QTest::newRow("nothing supported") << QStringList{"pt-BR", "fr-FR"} << Language::english;
+        QTest::newRow("simplified") << QStringList{"zh-Hans-CN"} << Language::chinese;
+        QTest::newRow("traditional too") << QStringList{"zh-Hant-TW"} << Language::chinese;
+        QTest::newRow("lower-cased") << QStringList{"EN-us", "de"} << Language::english;
+        QTest::newRow("bare code") << QStringList{"ru"} << Language::russian;
+        QTest::newRow("empty entry") << QStringList{"", "de-AT"} << Language::german;
+        QTest::newRow("underscore is not a dash") << QStringList{"de_DE", "ru"} << Language::russian;
+    }
+    void detection()
+    {
+        QFETCH(QStringList, preferred);
+        QFETCH(Language, expected);
+        QCOMPARE(detectLanguage(preferred), expected);
+        FakeStore store;
+        LocalizationManager manager(store, preferred);
+        QCOMPARE(manager.current(), expected);
+        QCOMPARE(store.writes, 0); // the detected language is not written back
+    }
+
+    void persistence()
+    {
+        FakeStore store;
+        store.values[kKey] = QStringLiteral("ru");
+        LocalizationManager stored(store, {QStringLiteral("de-DE")});
+        QCOMPARE(stored.current(), Language::russian);
+
+        // A value that names no language is ignored, and stays until a change.
+        for (const char* bad : {"fr", "EN", ""}) {
+            store.values[kKey] = QLatin1String(bad);
+            LocalizationManager manager(store, {QStringLiteral("de-DE")});
+            QCOMPARE(manager.current(), Language::german);
+            QCOMPARE(store.values[kKey], QLatin1String(bad));
+        }
+
+        LocalizationManager manager(store, {QStringLiteral("de-DE")});
+        QSignalSpy changes(&manager, &LocalizationManager::currentChanged);
+        const int before = store.writes;
+        manager.setCurrent(Language::german); // the same language: nothing written
+        QCOMPARE(store.writes, before);
+        QCOMPARE(changes.count(), 0);
+        manager.setCurrent(Language::chinese);
+        QCOMPARE(store.writes, before + 1);
+        QCOMPARE(store.values[kKey], QStringLiteral("zh"));
+        QCOMPARE(changes.count(), 1);
+        QCOMPARE(manager.string(QStringLiteral("mode.folder")), QStringLiteral("磁盘分析"));
+    }
+
+    void languageFacts()
+    {
+        QCOMPARE(languageNativeName(Language::russian), QStringLiteral("Русский"));
+        QCOMPARE(languageNativeName(Language::chinese), QStringLiteral("中文"));
+        QCOMPARE(languageDateLocale(Language::chinese), QStringLiteral("zh_Hans"));
+        QCOMPARE(languageFromCode(u"de"), std::optional(Language::german));
+        QVERIFY(!languageFromCode(u"DE"));
+    }
+
+    void formatBytes_data()
+    {
+        QTest::addColumn<qint64>("count");
+        QTest::addColumn<QString>("english");
+        QTest::addColumn<QString>("german");
+        QTest::newRow("zero") << qint64(0) << "Zero KB" << "Zero KB";
+        QTest::newRow("negative") << qint64(-5000) << "Zero KB" << "Zero KB";
+        QTest::newRow("one byte") << qint64(1) << "1 KB" << "1 KB";
+        QTest::newRow("999 bytes") << qint64(999) << "1 KB" << "1 KB";
+        QTest::newRow("1000 bytes") << qint64(1000) << "1 KB" << "1 KB";
+        QTest::newRow("1499 bytes") << qint64(1499) << "1 KB" << "1 KB";
+        QTest::newRow("999 KB") << qint64(999'400) << "999 KB" << "999 KB";
+        QTest::newRow("rounds up to the next unit") << qint64(999'999) << "1 MB" << "1 MB";
+        QTest::newRow("one MB") << qint64(1'000'000) << "1 MB" << "1 MB";
+        QTest::newRow("1.2 MB") << qint64(1'234'567) << "1.2 MB" << "1,2 MB";
+        QTest::newRow("1.5 GB") << qint64(1'500'000'000) << "1.5 GB" << "1,5 GB";
+        QTest::newRow("two decimals") << qint64(2'345'000'000) << "2.35 GB" << "2,35 GB";
+        QTest::newRow("12.34 TB") << qint64(12'340'000'000'000) << "12.34 TB" << "12,34 TB";
+        QTest::newRow("beyond TB") << qint64(1'234'000'000'000'000) << "1,234 TB" << "1.234 TB";
+    }
+    void formatBytes()
+    {
+        QFETCH(qint64, count);
+        QFETCH(QString, english);
+        QFETCH(QString, german);
+        QCOMPARE(tw::formatBytes(count, QLocale(QLocale::English, QLocale::UnitedStates)), english);
+        QCOMPARE(tw::formatBytes(count, QLocale(QLocale::German, QLocale::Germany)), german);
+    }
+
+    void percentText()
+    {
+        QCOMPARE(tw::percentText(37, 100), QStringLiteral("37%"));
+        QCOMPARE(tw::percentText(4.26, 100), QStringLiteral("4.3%"));
+        QCOMPARE(tw::percentText(0.123, 100), QStringLiteral("0.12%"));
+        QCOMPARE(tw::percentText(10, 100), QStringLiteral("10%"));
+        QCOMPARE(tw::percentText(1, 100), QStringLiteral("1.0%"));
+        QCOMPARE(tw::percentText(5, 0), QStringLiteral("0%"));
+        QCOMPARE(tw::percentText(5, 0.5), QStringLiteral("0%"));
+    }
+};
+
+QTEST_GUILESS_MAIN(LocalizationTest)
+#include "tst_localization.moc"

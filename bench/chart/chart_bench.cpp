@@ -1,0 +1,106 @@
+// Times the chart's layout and hit test at 1080 by 720 for three foci:
+// (a) a folder of 10,000 equal files, (b) a real scanned folder, (c) a chain
+// of single folders. Prints medians of many repetitions.
+//
+//   chart_bench [REAL_FOLDER]     (default /usr)
+
+#include "chart/SunburstLayout.h"
+#include "scan/Scanner.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+std::shared_ptr<tw::ScanTree> scan(const QByteArray& path)
+{
+    tw::Scanner::Options options;
+    options.workers = 2;
+    tw::Scanner scanner({}, options);
+    return scanner.scan(path);
+}
+
+void writeBytes(const QByteArray& path, int bytes)
+{
+    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    const QByteArray data(bytes, 'x');
+    if (fd >= 0) {
+        if (::write(fd, data.constData(), size_t(bytes)) < 0)
+            std::perror("write");
+        ::close(fd);
+    }
+}
+
+void measure(const char* label, const tw::FileNode* focus)
+{
+    constexpr double width = 1080, height = 720;
+    std::vector<double> layoutMs;
+    std::vector<tw::Segment> segments;
+    for (int i = 0; i < 101; ++i) {
+        const auto start = Clock::now();
+        segments = tw::buildSegments(focus, width, height);
+        layoutMs.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+    }
+    // Hit tests at random points over the chart's square, the worst spots included.
+    const tw::ChartGeometry g = tw::chartGeometry(width, height);
+    QRandomGenerator random(7);
+    std::vector<double> hitMs;
+    int hits = 0;
+    for (int i = 0; i < 2001; ++i) {
+        const double dx = (random.generateDouble() * 2 - 1) * g.radius;
+        const double dy = (random.generateDouble() * 2 - 1) * g.radius;
+        const auto start = Clock::now();
+        hits += tw::segmentAt(dx, dy, segments) ? 1 : 0;
+        hitMs.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+    }
+    std::printf("%-28s segments %6zu  layout median %.3f ms  hit test median %.4f ms (max %.4f ms, %d hits)\n",
+                label, segments.size(), median(layoutMs), median(hitMs),
+                *std::max_element(hitMs.begin(), hitMs.end()), hits);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QTemporaryDir dir;
+    const QByteArray base = QFile::encodeName(dir.path());
+
+    const QByteArray wide = base + "/wide";
+    QDir().mkpath(QFile::decodeName(wide));
+    for (int i = 0; i < 10000; ++i)
+        writeBytes(wide + "/f" + QByteArray::number(i), 4096);
+    const auto wideTree = scan(wide);
+    measure("(a) 10,000 equal children", wideTree->root());
+
+    const QByteArray real = argc > 1 ? QByteArray(argv[1]) : QByteArray("/usr");
+    const auto realTree = scan(real);
+    measure(QByteArray("(b) " + real).constData(), realTree->root());
+
+    QByteArray chain = base + "/chain";
+    for (int i = 0; i < 100; ++i)
+        chain += "/c";
+    QDir().mkpath(QFile::decodeName(chain));
+    writeBytes(chain + "/leaf", 4096);
+    const auto chainTree = scan(base + "/chain");
+    measure("(c) chain of 100 folders", chainTree->root());
+    return 0;
+}

@@ -17,22 +17,26 @@ const Table& source(Language language)
     return english();
 }
 
+QHash<QString, QString> buildLookup(std::span<const Entry> entries, const char* tableName)
+{
+    QHash<QString, QString> map;
+    map.reserve(qsizetype(entries.size()));
+    for (const Entry& entry : entries) {
+        const QString key = QString::fromUtf8(entry.key);
+        if (map.contains(key))
+            qFatal("the %s text table holds the key \"%s\" twice", tableName, entry.key);
+        map.insert(key, QString::fromUtf8(entry.text));
+    }
+    return map;
+}
+
 const QHash<QString, QString>& table(Language language)
 {
     // Built once, under the static's own one-time initialisation.
     static const std::array<QHash<QString, QString>, allLanguages.size()> tables = [] {
         std::array<QHash<QString, QString>, allLanguages.size()> built;
-        for (Language language : allLanguages) {
-            QHash<QString, QString>& map = built[std::size_t(language)];
-            map.reserve(qsizetype(kKeyCount));
-            for (const Entry& entry : source(language)) {
-                const QString key = QString::fromUtf8(entry.key);
-                if (map.contains(key))
-                    qFatal("the %s text table holds the key \"%s\" twice", qPrintable(languageCode(language)),
-                           entry.key);
-                map.insert(key, QString::fromUtf8(entry.text));
-            }
-        }
+        for (Language language : allLanguages)
+            built[std::size_t(language)] = buildLookup(source(language), qPrintable(languageCode(language)));
         return built;
     }();
     return tables[std::size_t(language)];

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 
 namespace tw::catalogue {
 
@@ -26,6 +27,10 @@ using Table = std::array<Entry, kKeyCount>;
 [[nodiscard]] const Table& german();
 [[nodiscard]] const Table& chinese();
 [[nodiscard]] const Table& source(Language language);
+
+// Turns one source array into its lookup map. A key that occurs twice is a
+// programmer's error: the program stops with a message naming the table.
+[[nodiscard]] QHash<QString, QString> buildLookup(std::span<const Entry> entries, const char* tableName);
 
 // The lookup map of a language, built for all four on first use and never
 // changed after; safe from any thread. A key twice in one table stops the

@@ -2,8 +2,12 @@
 
 #include "localization/Catalogue.h"
 #include "localization/SettingsStore.h"
+#include "localization/SystemLanguages.h"
 
-#include <QLocale>
+#include <QCoreApplication>
+#include <QThread>
+
+#include <array>
 
 namespace tw {
 
@@ -21,7 +25,14 @@ LocalizationManager::LocalizationManager(SettingsStore& store, const QStringList
 LocalizationManager& LocalizationManager::shared()
 {
     static SystemSettingsStore store;
-    static LocalizationManager* const instance = new LocalizationManager(store, QLocale::system().uiLanguages());
+    static LocalizationManager* const instance = [] {
+        auto* made = new LocalizationManager(store, systemPreferredLanguages());
+        // A worker that asks first must not leave the instance bound to a
+        // thread that ends; the views connect to it from the GUI thread.
+        if (const QCoreApplication* app = QCoreApplication::instance(); app && made->thread() != app->thread())
+            made->moveToThread(app->thread());
+        return made;
+    }();
     return *instance;
 }
 
@@ -52,12 +63,18 @@ QString LocalizationManager::string(const QString& key) const
 
 QVariantMap LocalizationManager::strings() const
 {
-    QVariantMap map;
-    for (const catalogue::Entry& entry : catalogue::english()) {
-        const QString key = QString::fromUtf8(entry.key);
-        map.insert(key, string(key));
-    }
-    return map;
+    // The tables never change, so each language's map is made once and
+    // handed out as a shared copy; bindings read it often.
+    static const std::array<QVariantMap, allLanguages.size()> maps = [] {
+        std::array<QVariantMap, allLanguages.size()> built;
+        for (Language language : allLanguages)
+            for (const catalogue::Entry& entry : catalogue::english()) {
+                const QString key = QString::fromUtf8(entry.key);
+                built[std::size_t(language)].insert(key, lookup(language, key));
+            }
+        return built;
+    }();
+    return maps[std::size_t(current())];
 }
 
 } // namespace tw

@@ -16,15 +16,19 @@ class SettingsStore;
 // Picks the interface language, remembers the user's choice, and answers
 // text lookups: the current language's table, then English, then the bare
 // key. One instance serves the process (shared()); tests make their own with
-// a fake store and a made-up list of preferred languages.
+// a fake store and a made-up list of preferred languages. The manager keeps
+// a reference to the store, which must outlive it.
 //
-// Set the language on the GUI thread; current() and string() may be called
-// from any thread.
+// Set the language on the GUI thread; current(), string() and lookup() may
+// be called from any thread.
+//
+// QML: a binding that shows a text reads it from `strings`, whose NOTIFY is
+// the language change, so `strings["mode.folder"]` is re-evaluated when the
+// language changes. string(key) is for script code that runs once.
 class LocalizationManager : public QObject {
     Q_OBJECT
     Q_PROPERTY(tw::Language current READ current WRITE setCurrent NOTIFY currentChanged)
-    // Every text of the current language by key, for QML bindings:
-    // `Loc.strings["mode.folder"]` is re-evaluated when the language changes.
+    // Every text of the current language by key; built once per language.
     Q_PROPERTY(QVariantMap strings READ strings NOTIFY currentChanged)
 
 public:
@@ -34,12 +38,14 @@ public:
     // left in the store, and the system's list decides. Nothing is written.
     LocalizationManager(SettingsStore& store, const QStringList& preferredLanguages, QObject* parent = nullptr);
 
-    // The process's instance, on QSettings and QLocale::uiLanguages(); made
-    // on first use (on the GUI thread) and never destroyed.
+    // The process's instance, on QSettings and the system's preferred
+    // languages; made on first use, whatever the thread, and handed to the
+    // application's thread so that it lives with the views. Never destroyed.
     static LocalizationManager& shared();
 
     [[nodiscard]] Language current() const { return m_current.load(std::memory_order_acquire); }
-    // Stores the choice when it differs from the current one.
+    // GUI thread. Announces and stores the choice when it differs from the
+    // current one; the same language again changes and writes nothing.
     void setCurrent(Language language);
 
     [[nodiscard]] Q_INVOKABLE QString string(const QString& key) const;

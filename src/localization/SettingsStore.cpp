@@ -4,7 +4,6 @@
 
 namespace tw {
 
-
 std::optional<QString> SystemSettingsStore::string(const QString& key) const
 {
     const QVariant value = QSettings(QStringLiteral("Tidewick"), QStringLiteral("Tidewick")).value(key);

@@ -5,43 +5,49 @@
 
 namespace tw {
 
+namespace {
+
+struct Unit {
+    const char* name;
+    double size;
+    int decimals;
+};
+
+constexpr std::array<Unit, 4> kUnits = {{
+    {"KB", 1e3, 0},
+    {"MB", 1e6, 1},
+    {"GB", 1e9, 2},
+    {"TB", 1e12, 2},
+}};
+
+double roundedTo(double value, int decimals)
+{
+    const double scale = std::pow(10.0, decimals);
+    return std::round(value * scale) / scale;
+}
+
+} // namespace
+
 QString formatBytes(qint64 count, const QLocale& locale)
 {
     if (count <= 0)
         return QStringLiteral("Zero KB");
-    struct Unit {
-        const char* name;
-        double size;
-        int decimals;
-    };
-    static constexpr std::array<Unit, 4> units = {{
-        {"KB", 1e3, 0},
-        {"MB", 1e6, 1},
-        {"GB", 1e9, 2},
-        {"TB", 1e12, 2},
-    }};
-    std::size_t at = 0;
-    while (at + 1 < units.size() && double(count) >= units[at + 1].size)
-        ++at;
-    auto rounded = [&](std::size_t unit) {
-        const double scale = std::pow(10.0, units[unit].decimals);
-        return std::round(double(count) / units[unit].size * scale) / scale;
-    };
-    double value = rounded(at);
-    if (value >= 1000.0 && at + 1 < units.size())
-        value = rounded(++at);
+    std::size_t unit = 0;
+    while (unit + 1 < kUnits.size() && double(count) >= kUnits[unit + 1].size)
+        ++unit;
+    double value = roundedTo(double(count) / kUnits[unit].size, kUnits[unit].decimals);
+    if (value >= 1000.0 && unit + 1 < kUnits.size()) {
+        ++unit;
+        value = roundedTo(double(count) / kUnits[unit].size, kUnits[unit].decimals);
+    }
     if (value < 1.0)
         value = 1.0; // only below 1 KB
-    QString number = locale.toString(value, 'f', units[at].decimals);
-    // Drop trailing zeros, and the decimal separator if nothing follows it.
-    const QString point = locale.decimalPoint();
-    if (units[at].decimals > 0 && number.contains(point)) {
-        while (number.endsWith(QLatin1Char('0')))
-            number.chop(1);
-        if (number.endsWith(point))
-            number.chop(point.size());
-    }
-    return number + QLatin1Char(' ') + QLatin1String(units[at].name);
+    // Drop trailing zeros by asking for no more digits than the rounded
+    // figure needs; the locale then writes its own digits and separators.
+    int decimals = 0;
+    while (decimals < kUnits[unit].decimals && roundedTo(value, decimals) != value)
+        ++decimals;
+    return locale.toString(value, 'f', decimals) + QLatin1Char(' ') + QLatin1String(kUnits[unit].name);
 }
 
 QString percentText(double value, double total)

@@ -5,18 +5,31 @@
 
 namespace tw {
 
-// The one formatter for byte counts on screen, in the style of a file-size
-// display: decimal units (1 KB = 1000 bytes), KB to TB only, no decimals for
-// KB, one for MB, two for GB and TB, trailing zeros dropped, "Zero KB" for 0
-// and for negative counts. The unit is the largest that keeps the rounded
-// figure at 1 or more, and a figure that rounds up to 1000 moves to the next
-// unit, so 999,999 bytes are "1 MB", never "1,000 KB". Any count from 1 to
-// 999 bytes shows as "1 KB": a file that exists never reads as nothing.
-// Numbers follow `locale`'s notation (decimal comma in German, say).
+// The one formatter for byte counts on screen, in the style of the system's
+// file-size display (a byte-count formatter in "file" style, units KB to TB,
+// adaptive digits). The rule, kept here so that every platform shows the
+// same figure:
+//
+//  - Decimal units: 1 KB = 1000 bytes, 1 MB = 1000 KB, and so on; KB, MB,
+//    GB and TB only, so a petabyte shows as "1,000 TB".
+//  - The unit is the largest whose figure is at least 1. A figure that
+//    rounds up to 1000 moves to the next unit: 999,999 bytes are "1 MB",
+//    never "1,000 KB".
+//  - Digits after the point: none for KB, one for MB, two for GB and TB,
+//    rounded half away from zero, with trailing zeros dropped ("1.5 GB",
+//    "2 GB", "12.34 TB").
+//  - 0 and any negative count are "Zero KB". Any count from 1 to 999 bytes
+//    is "1 KB": something that exists never reads as nothing.
+//  - The number is written in `locale`'s notation (decimal comma and group
+//    separator in German); the unit names and "Zero KB" stay as they are,
+//    as the interface carries no translations of its own for them.
+//
+// Any thread.
 [[nodiscard]] QString formatBytes(qint64 count, const QLocale& locale = QLocale::system());
 
-// A share of a total: "0%" for a total below 1, no decimals from 10 %, one
-// from 1 %, two below that.
+// A share of a total in per cent: "0%" for a total below 1, no decimals
+// from 10 %, one from 1 %, two below that ("37%", "4.3%", "0.12%"). The
+// decimal point is always ".", whatever the locale. Any thread.
 [[nodiscard]] QString percentText(double value, double total);
 
 } // namespace tw

@@ -6,11 +6,16 @@
 #include "localization/SettingsStore.h"
 #include "localization/TextFormat.h"
 
+#include <QProcess>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QtTest>
 
+#include <atomic>
+#include <limits>
 #include <map>
+#include <thread>
 
 using namespace tw;
 
@@ -40,13 +45,40 @@ QStringList placeholders(const QString& text)
     return found;
 }
 
+// Each language's own quotation marks, and the ones it must not use.
+struct Quotes {
+    QChar open, close;
+    QString foreign;
+};
+Quotes quotesOf(Language language)
+{
+    switch (language) {
+    case Language::english:
+        return {QChar(0x201C), QChar(0x201D), QStringLiteral("«»„「」\"")};
+    case Language::russian:
+        return {QChar(0x00AB), QChar(0x00BB), QStringLiteral("“”„「」\"")};
+    case Language::german:
+        return {QChar(0x201E), QChar(0x201C), QStringLiteral("”«»「」\"")};
+    case Language::chinese:
+        return {QChar(0x300C), QChar(0x300D), QStringLiteral("“”«»„\"")};
+    }
+    return {};
+}
+
 const QString kKey = QString::fromLatin1(LocalizationManager::kSettingsKey);
+const char* const kDuplicateChild = "TIDEWICK_DUPLICATE_KEY_CHILD";
 } // namespace
 
 class LocalizationTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // shared() reads QSettings: never the user's own.
+        QStandardPaths::setTestModeEnabled(true);
+    }
+
     void everyTableHoldsEveryKeyInOrder()
     {
         const catalogue::Table& english = catalogue::english();
@@ -96,10 +128,17 @@ private Q_SLOTS:
                 const bool stops = text.endsWith(QLatin1Char('.')) || text.endsWith(QChar(0x3002));
                 if (!english.contains(QLatin1Char('\n')))
                     QVERIFY2(sentence == stops, qPrintable(where));
-                // Each language's own quotation marks.
-                if (language != Language::english)
-                    QVERIFY2(!text.contains(QChar(0x201C)) || language == Language::german, qPrintable(where));
+                // Each language's own quotation marks, in pairs, and no others.
+                const Quotes quotes = quotesOf(language);
+                QVERIFY2(text.count(quotes.open) == text.count(quotes.close), qPrintable(where));
+                QVERIFY2(text.count(quotes.open) == english.count(QChar(0x201C)) || language != Language::english,
+                         qPrintable(where));
+                for (QChar foreign : quotes.foreign)
+                    QVERIFY2(!text.contains(foreign), qPrintable(where + QStringLiteral(": ") + foreign));
                 if (language == Language::chinese) {
+                    // Chinese sentences close with the full-width full stop.
+                    if (sentence)
+                        QVERIFY2(text.endsWith(QChar(0x3002)), qPrintable(where));
                     for (QChar halfWidth : {QLatin1Char(','), QLatin1Char(':'), QLatin1Char('?'), QLatin1Char('(')}) {
                         // Half-width punctuation only inside Latin fragments (paths, "⌘R", addresses).
                         if (text.contains(halfWidth) && !english.contains(QStringLiteral("(⌘R)"))
@@ -122,6 +161,32 @@ private Q_SLOTS:
                     .contains(QStringLiteral("https://tidewick.app for a complete picture.")));
     }
 
+    void aDuplicateKeyStopsTheBuild()
+    {
+        if (qEnvironmentVariableIsSet(kDuplicateChild)) {
+            // In the child: this must not return.
+            const catalogue::Entry entries[] = {{"a.b", "one"}, {"c.d", "two"}, {"a.b", "three"}};
+            const auto map = catalogue::buildLookup(entries, "test");
+            qInfo("built %d entries", int(map.size()));
+            return;
+        }
+        const catalogue::Entry distinct[] = {{"a.b", "one"}, {"c.d", "two"}};
+        QCOMPARE(catalogue::buildLookup(distinct, "test").value(QStringLiteral("c.d")), QStringLiteral("two"));
+
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QString::fromLatin1(kDuplicateChild), QStringLiteral("1"));
+        child.setProcessEnvironment(environment);
+        child.setProcessChannelMode(QProcess::MergedChannels);
+        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("aDuplicateKeyStopsTheBuild")});
+        QVERIFY(child.waitForFinished(30000));
+        const QString output = QString::fromUtf8(child.readAll());
+        QVERIFY2(child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0, qPrintable(output));
+        QVERIFY2(output.contains(QStringLiteral("the test text table holds the key \"a.b\" twice")),
+                 qPrintable(output));
+        QVERIFY2(!output.contains(QStringLiteral("built")), qPrintable(output));
+    }
+
     void lookupFallsBackToTheBareKey()
     {
         FakeStore store;
@@ -131,6 +196,45 @@ private Q_SLOTS:
         QCOMPARE(manager.string(QStringLiteral("mode.apps")), QStringLiteral("Приложения"));
         QCOMPARE(manager.strings().value(QStringLiteral("mode.apps")).toString(), QStringLiteral("Приложения"));
         QCOMPARE(manager.strings().size(), qsizetype(catalogue::kKeyCount));
+        manager.setCurrent(Language::german);
+        QCOMPARE(manager.strings().value(QStringLiteral("mode.apps")).toString(), QStringLiteral("Apps"));
+    }
+
+    void currentIsReadableWhileTheLanguageChanges()
+    {
+        FakeStore store;
+        LocalizationManager manager(store, {});
+        QStringList folderTexts;
+        for (Language language : allLanguages)
+            folderTexts << LocalizationManager::lookup(language, QStringLiteral("mode.folder"));
+
+        std::atomic<bool> stop = false;
+        std::atomic<int> wrong = 0;
+        std::vector<std::thread> readers;
+        for (int i = 0; i < 2; ++i)
+            readers.emplace_back([&] {
+                while (!stop.load()) {
+                    const Language seen = manager.current();
+                    if (LocalizationManager::lookup(seen, QStringLiteral("mode.folder")) != folderTexts[int(seen)]
+                        || !folderTexts.contains(manager.string(QStringLiteral("mode.folder"))))
+                        ++wrong;
+                }
+            });
+        for (int round = 0; round < 2000; ++round)
+            manager.setCurrent(allLanguages[std::size_t(round) % allLanguages.size()]);
+        stop = true;
+        for (std::thread& reader : readers)
+            reader.join();
+        QCOMPARE(wrong.load(), 0);
+        QCOMPARE(store.writes, 2000 - 1); // the first set is English again, which writes nothing
+    }
+
+    void theSharedInstanceLivesOnTheApplicationThread()
+    {
+        LocalizationManager* made = nullptr;
+        std::thread([&] { made = &LocalizationManager::shared(); }).join();
+        QCOMPARE(made, &LocalizationManager::shared());
+        QCOMPARE(made->thread(), QCoreApplication::instance()->thread());
     }
 
     void detection_data()
@@ -207,14 +311,20 @@ private Q_SLOTS:
         QTest::newRow("999 bytes") << qint64(999) << "1 KB" << "1 KB";
         QTest::newRow("1000 bytes") << qint64(1000) << "1 KB" << "1 KB";
         QTest::newRow("1499 bytes") << qint64(1499) << "1 KB" << "1 KB";
+        QTest::newRow("1500 bytes") << qint64(1500) << "2 KB" << "2 KB";
         QTest::newRow("999 KB") << qint64(999'400) << "999 KB" << "999 KB";
         QTest::newRow("rounds up to the next unit") << qint64(999'999) << "1 MB" << "1 MB";
         QTest::newRow("one MB") << qint64(1'000'000) << "1 MB" << "1 MB";
         QTest::newRow("1.2 MB") << qint64(1'234'567) << "1.2 MB" << "1,2 MB";
+        QTest::newRow("999.9 MB") << qint64(999'949'999) << "999.9 MB" << "999,9 MB";
+        QTest::newRow("MB rounds up to GB") << qint64(999'950'000) << "1 GB" << "1 GB";
         QTest::newRow("1.5 GB") << qint64(1'500'000'000) << "1.5 GB" << "1,5 GB";
+        QTest::newRow("trailing zero dropped") << qint64(2'100'000'000) << "2.1 GB" << "2,1 GB";
         QTest::newRow("two decimals") << qint64(2'345'000'000) << "2.35 GB" << "2,35 GB";
         QTest::newRow("12.34 TB") << qint64(12'340'000'000'000) << "12.34 TB" << "12,34 TB";
         QTest::newRow("beyond TB") << qint64(1'234'000'000'000'000) << "1,234 TB" << "1.234 TB";
+        QTest::newRow("largest count") << std::numeric_limits<qint64>::max() << "9,223,372.04 TB"
+                                       << "9.223.372,04 TB";
     }
     void formatBytes()
     {

@@ -49,7 +49,11 @@ QString LocalizationQml::string(const QString& key) const
 
 QString LocalizationQml::formatBytes(double count) const
 {
-    return tw::formatBytes(qint64(count));
+    // Script numbers may be NaN or beyond 64 bits; both are clamped first.
+    if (!(count > 0))
+        return tw::formatBytes(0);
+    constexpr double largest = 9.2e18; // below 2^63
+    return tw::formatBytes(count >= largest ? qint64(largest) : qint64(count));
 }
 
 QString LocalizationQml::percentText(double value, double total) const

@@ -36,6 +36,8 @@ private Q_SLOTS:
             QtObject {
                 property string label: Loc.strings["mode.folder"]
                 property string size: Loc.formatBytes(1500000000)
+                property string nothing: Loc.formatBytes(NaN)
+                property string huge: Loc.formatBytes(1e30)
                 property string share: Loc.percentText(4.26, 100)
                 property string missing: Loc.string("no.such.key")
                 property int count: Loc.languages.length
@@ -46,6 +48,8 @@ private Q_SLOTS:
         QCOMPARE(object->property("label").toString(), QStringLiteral("Disk Analysis"));
         QVERIFY(object->property("size").toString().endsWith(QStringLiteral(" GB")));
         QCOMPARE(object->property("share").toString(), QStringLiteral("4.3%"));
+        QCOMPARE(object->property("nothing").toString(), QStringLiteral("Zero KB"));
+        QVERIFY(object->property("huge").toString().endsWith(QStringLiteral(" TB")));
         QCOMPARE(object->property("missing").toString(), QStringLiteral("no.such.key"));
         QCOMPARE(object->property("count").toInt(), 4);
         QCOMPARE(object->property("german").toString(), QStringLiteral("Deutsch"));

@@ -2,49 +2,39 @@
 
 namespace tw {
 
+namespace {
+struct Facts {
+    const char* code;
+    const char16_t* nativeName;
+    const char* dateLocale;
+};
+// In the order of Language.
+constexpr std::array<Facts, allLanguages.size()> kFacts = {{
+    {"en", u"English", "en_US"},
+    {"ru", u"Русский", "ru_RU"},
+    {"de", u"Deutsch", "de_DE"},
+    {"zh", u"中文", "zh_Hans"},
+}};
+
+const Facts& factsOf(Language language)
+{
+    return kFacts[std::size_t(language)];
+}
+} // namespace
+
 QString languageCode(Language language)
 {
-    switch (language) {
-    case Language::english:
-        return QStringLiteral("en");
-    case Language::russian:
-        return QStringLiteral("ru");
-    case Language::german:
-        return QStringLiteral("de");
-    case Language::chinese:
-        return QStringLiteral("zh");
-    }
-    return QStringLiteral("en");
+    return QString::fromLatin1(factsOf(language).code);
 }
 
 QString languageNativeName(Language language)
 {
-    switch (language) {
-    case Language::english:
-        return QStringLiteral("English");
-    case Language::russian:
-        return QStringLiteral("Русский");
-    case Language::german:
-        return QStringLiteral("Deutsch");
-    case Language::chinese:
-        return QStringLiteral("中文");
-    }
-    return QStringLiteral("English");
+    return QString::fromUtf16(factsOf(language).nativeName);
 }
 
 QString languageDateLocale(Language language)
 {
-    switch (language) {
-    case Language::english:
-        return QStringLiteral("en_US");
-    case Language::russian:
-        return QStringLiteral("ru_RU");
-    case Language::german:
-        return QStringLiteral("de_DE");
-    case Language::chinese:
-        return QStringLiteral("zh_Hans");
-    }
-    return QStringLiteral("en_US");
+    return QString::fromLatin1(factsOf(language).dateLocale);
 }
 
 std::optional<Language> languageFromCode(QStringView code)

@@ -1,0 +1,135 @@
+#include "chart/ChartCompanions.h"
+
+#include "app/AppState.h"
+#include "localization/LocalizationManager.h"
+#include "localization/TextFormat.h"
+
+#include <algorithm>
+
+namespace tw {
+
+QString fileCountText(qint64 count)
+{
+    return QString::number(count) + (count == 1 ? QStringLiteral(" file") : QStringLiteral(" files"));
+}
+
+TooltipText tooltipText(const FileNode& node, qint64 parentSize)
+{
+    TooltipText text;
+    text.name = node.displayName();
+    text.path = node.displayPath();
+    text.size = formatBytes(node.size());
+    text.share = percentText(double(node.size()), double(parentSize));
+    text.isDirectory = node.isDirectory();
+    if (node.isDirectory())
+        text.files = fileCountText(node.fileCount());
+    return text;
+}
+
+std::vector<FileNode*> breadcrumbPath(FileNode* focus)
+{
+    std::vector<FileNode*> path;
+    for (FileNode* at = focus; at; at = at->parent())
+        path.push_back(at);
+    std::reverse(path.begin(), path.end());
+    return path;
+}
+
+QString breadcrumbLabel(const FileNode& node)
+{
+    const QString name = node.displayName();
+    return name.isEmpty() ? QStringLiteral("/") : name;
+}
+
+LargestChildrenModel::LargestChildrenModel(AppState& state, QObject* parent)
+    : QAbstractListModel(parent), m_state(state)
+{
+    connect(&m_state, &AppState::focusChanged, this, &LargestChildrenModel::rebuild);
+    connect(&m_state, &AppState::rootChanged, this, &LargestChildrenModel::rebuild);
+    connect(&m_state, &AppState::hoveredChanged, this, &LargestChildrenModel::refreshHover);
+    connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this,
+            &LargestChildrenModel::rebuild);
+    rebuild();
+}
+
+void LargestChildrenModel::rebuild()
+{
+    beginResetModel();
+    m_rows.clear();
+    if (const NodeRef& focus = m_state.focus()) {
+        // Only the first twelve are touched, however many there are.
+        for (FileNode& child : focus->children()) {
+            if (int(m_rows.size()) == kMaximumRows)
+                break;
+            m_rows.push_back(&child);
+        }
+    }
+    endResetModel();
+}
+
+void LargestChildrenModel::refreshHover()
+{
+    if (!m_rows.empty())
+        Q_EMIT dataChanged(index(0), index(int(m_rows.size()) - 1), {IsHoveredRole});
+}
+
+int LargestChildrenModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : int(m_rows.size());
+}
+
+QVariant LargestChildrenModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= int(m_rows.size()))
+        return {};
+    const FileNode& node = *m_rows[std::size_t(index.row())];
+    switch (role) {
+    case NameRole:
+        return node.displayName();
+    case IsDirectoryRole:
+        return node.isDirectory();
+    case SizeTextRole:
+        return formatBytes(node.size());
+    case ShareTextRole:
+        return percentText(double(node.size()), double(m_state.focus() ? m_state.focus()->size() : 0));
+    case CanDrillInRole:
+        return node.isDirectory() && node.hasChildren();
+    case IsHoveredRole:
+        return m_state.hovered().get() == &node;
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> LargestChildrenModel::roleNames() const
+{
+    return {{NameRole, "name"},         {IsDirectoryRole, "isDirectory"}, {SizeTextRole, "sizeText"},
+            {ShareTextRole, "shareText"}, {CanDrillInRole, "canDrillIn"}, {IsHoveredRole, "isHovered"}};
+}
+
+NodeRef LargestChildrenModel::nodeAt(int row) const
+{
+    if (row < 0 || row >= int(m_rows.size()) || !m_state.focus())
+        return {};
+    return m_state.focus().sibling(m_rows[std::size_t(row)]);
+}
+
+void LargestChildrenModel::enter(int row)
+{
+    if (const NodeRef node = nodeAt(row))
+        m_state.setHovered(node);
+}
+
+void LargestChildrenModel::leave(int row)
+{
+    const NodeRef node = nodeAt(row);
+    if (node && m_state.hovered() == node)
+        m_state.setHovered({});
+}
+
+bool LargestChildrenModel::drillIn(int row)
+{
+    return m_state.focusOn(nodeAt(row));
+}
+
+} // namespace tw

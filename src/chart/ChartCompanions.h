@@ -1,0 +1,79 @@
+#pragma once
+
+// What the views around the chart show, made in C++ so QML never walks the
+// tree: the largest children of the focus, the tooltip's texts, the
+// breadcrumb's path. GUI thread only, like the tree they read.
+
+#include "scan/FileNode.h"
+
+#include <QAbstractListModel>
+#include <QPointer>
+#include <QString>
+
+#include <vector>
+
+namespace tw {
+
+class AppState;
+
+// "1 file", "N files": fixed English in every language, as on the hub label.
+[[nodiscard]] QString fileCountText(qint64 count);
+
+// The tooltip's lines for a hovered node; `parentSize` is the focus's size,
+// the denominator of the share. `files` is empty for a file.
+struct TooltipText {
+    QString name;
+    QString path;
+    QString size;
+    QString share;
+    QString files;
+    bool isDirectory = false;
+};
+[[nodiscard]] TooltipText tooltipText(const FileNode& node, qint64 parentSize);
+
+// From the scan's root to `focus`, root first. Labels are the names, "/" for
+// a name that is empty.
+[[nodiscard]] std::vector<FileNode*> breadcrumbPath(FileNode* focus);
+[[nodiscard]] QString breadcrumbLabel(const FileNode& node);
+
+// The details column: the first 12 children of AppState's focus (largest
+// first, as the tree keeps them), with texts ready to show, and the shared
+// hover. Follows focus, hover and language changes by itself.
+class LargestChildrenModel : public QAbstractListModel {
+    Q_OBJECT
+public:
+    static constexpr int kMaximumRows = 12;
+    enum Role {
+        NameRole = Qt::UserRole + 1,
+        IsDirectoryRole,
+        SizeTextRole,
+        ShareTextRole,
+        CanDrillInRole, // a folder with at least one child
+        IsHoveredRole,
+    };
+    Q_ENUM(Role)
+
+    explicit LargestChildrenModel(AppState& state, QObject* parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    [[nodiscard]] NodeRef nodeAt(int row) const;
+    // The pointer entered or left a row. Leaving clears the hover only if it
+    // is still this row's node, so the order of leave and enter between two
+    // neighbours cannot blank the highlight.
+    Q_INVOKABLE void enter(int row);
+    Q_INVOKABLE void leave(int row);
+    // Double click: drills into a folder with children, does nothing else.
+    Q_INVOKABLE bool drillIn(int row);
+
+private:
+    void rebuild();
+    void refreshHover();
+
+    AppState& m_state;
+    std::vector<FileNode*> m_rows;
+};
+
+} // namespace tw

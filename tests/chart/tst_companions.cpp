@@ -1,0 +1,170 @@
+// The chart's companions: the details rows and their hover rule, the
+// tooltip's texts and the breadcrumb, driven through AppState.
+
+#include "TestFiles.h"
+#include "app/AppState.h"
+#include "chart/ChartCompanions.h"
+#include "localization/LocalizationManager.h"
+#include "localization/TextFormat.h"
+
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace tw;
+using namespace tw::test;
+
+class CompanionsTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QByteArray base() const { return QFile::encodeName(m_dir.path()); }
+
+    static AppState::Services oneWorker()
+    {
+        AppState::Services services;
+        services.scannerOptions.workers = 1;
+        return services;
+    }
+    static bool scanned(AppState& state, const QByteArray& path)
+    {
+        state.requestScan(path);
+        return QTest::qWaitFor([&] { return state.phase() == AppState::Phase::ready; }, 20000);
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        LocalizationManager::shared().setCurrent(Language::english);
+        const QByteArray root = base() + "/tree";
+        makeDir(root);
+        makeDir(root + "/docs");
+        writeFile(root + "/docs/report", 300 * 1024);
+        makeDir(root + "/empty");
+        writeFile(root + "/movie", 600 * 1024);
+        makeDir(root + "/many");
+        for (int i = 0; i < 40; ++i)
+            writeFile(root + "/many/f" + QByteArray::number(i), (i + 1) * 4096);
+    }
+
+    void rowsAreTheLargestTwelve()
+    {
+        AppState state(oneWorker());
+        LargestChildrenModel model(state);
+        QCOMPARE(model.rowCount(), 0);
+        QVERIFY(scanned(state, base() + "/tree"));
+        // Four children: four rows, largest first, with their texts.
+        QCOMPARE(model.rowCount(), 4);
+        QCOMPARE(model.data(model.index(0), LargestChildrenModel::NameRole).toString(), QStringLiteral("many"));
+        const FileNode* movie = state.root().tree()->find(base() + "/tree/movie");
+        const int movieRow = [&] {
+            for (int r = 0; r < model.rowCount(); ++r)
+                if (model.nodeAt(r).get() == movie)
+                    return r;
+            return -1;
+        }();
+        QVERIFY(movieRow >= 0);
+        QCOMPARE(model.data(model.index(movieRow), LargestChildrenModel::IsDirectoryRole).toBool(), false);
+        QCOMPARE(model.data(model.index(movieRow), LargestChildrenModel::ShareTextRole).toString(),
+                 percentText(double(movie->size()), double(state.root()->size())));
+        QCOMPARE(model.data(model.index(movieRow), LargestChildrenModel::SizeTextRole).toString(),
+                 formatBytes(movie->size()));
+
+        // Forty children: twelve rows, and they follow the focus.
+        QVERIFY(state.focusOn(state.root().sibling(state.root().tree()->find(base() + "/tree/many"))));
+        QCOMPARE(model.rowCount(), LargestChildrenModel::kMaximumRows);
+        QCOMPARE(model.data(model.index(0), LargestChildrenModel::NameRole).toString(), QStringLiteral("f39"));
+        QCOMPARE(model.data(model.index(11), LargestChildrenModel::NameRole).toString(), QStringLiteral("f28"));
+        QVERIFY(model.roleNames().values().contains("shareText"));
+    }
+
+    void hoverAndDoubleClick()
+    {
+        AppState state(oneWorker());
+        LargestChildrenModel model(state);
+        QVERIFY(scanned(state, base() + "/tree"));
+        QSignalSpy changes(&model, &LargestChildrenModel::dataChanged);
+        // Straight from one row to the next: whichever order the events
+        // come in, the second row stays lit.
+        model.enter(0);
+        model.enter(1);
+        model.leave(0);
+        QCOMPARE(state.hovered(), model.nodeAt(1));
+        QVERIFY(model.data(model.index(1), LargestChildrenModel::IsHoveredRole).toBool());
+        QVERIFY(!model.data(model.index(0), LargestChildrenModel::IsHoveredRole).toBool());
+        QVERIFY(changes.count() >= 2);
+        model.leave(1);
+        QVERIFY(!state.hovered());
+
+        // Double click: files and empty folders stay put, folders with children open.
+        for (int row = 0; row < model.rowCount(); ++row) {
+            const NodeRef node = model.nodeAt(row);
+            const bool opens = model.data(model.index(row), LargestChildrenModel::CanDrillInRole).toBool();
+            QCOMPARE(opens, node->isDirectory() && node->hasChildren());
+            if (!opens) {
+                QVERIFY(!model.drillIn(row));
+                QCOMPARE(state.focus(), state.root());
+            }
+        }
+        const NodeRef docs = state.root().sibling(state.root().tree()->find(base() + "/tree/docs"));
+        for (int row = 0; row < model.rowCount(); ++row)
+            if (model.nodeAt(row) == docs)
+                QVERIFY(model.drillIn(row));
+        QCOMPARE(state.focus(), docs);
+        QCOMPARE(model.rowCount(), 1);
+    }
+
+    void tooltipTexts()
+    {
+        AppState state(oneWorker());
+        QVERIFY(scanned(state, base() + "/tree"));
+        ScanTree& tree = *state.root().tree();
+        const FileNode* docs = tree.find(base() + "/tree/docs");
+        const FileNode* report = tree.find(base() + "/tree/docs/report");
+
+        const TooltipText folder = tooltipText(*docs, docs->size());
+        QCOMPARE(folder.name, QStringLiteral("docs"));
+        QCOMPARE(folder.path, QString::fromUtf8(base() + "/tree/docs"));
+        QCOMPARE(folder.share, QStringLiteral("100%"));
+        QCOMPARE(folder.files, QStringLiteral("1 file"));
+        const TooltipText file = tooltipText(*report, 0);
+        QVERIFY(file.files.isEmpty()); // a file's card has one line fewer
+        QCOMPARE(file.share, QStringLiteral("0%"));
+        QCOMPARE(file.size, formatBytes(report->size()));
+        // Fixed English in every language.
+        LocalizationManager::shared().setCurrent(Language::german);
+        QCOMPARE(fileCountText(2), QStringLiteral("2 files"));
+        LocalizationManager::shared().setCurrent(Language::english);
+    }
+
+    void breadcrumbFromRootToFocus()
+    {
+        AppState state(oneWorker());
+        QVERIFY(scanned(state, base() + "/tree"));
+        const std::vector<FileNode*> atRoot = breadcrumbPath(state.root().get());
+        QCOMPARE(atRoot.size(), size_t(1));
+        QCOMPARE(breadcrumbLabel(*atRoot[0]), QStringLiteral("tree"));
+        FileNode* report = state.root().tree()->find(base() + "/tree/docs/report");
+        const std::vector<FileNode*> path = breadcrumbPath(report);
+        QCOMPARE(path.size(), size_t(3));
+        QCOMPARE(path.front(), state.root().get());
+        QCOMPARE(breadcrumbLabel(*path[1]), QStringLiteral("docs"));
+        QCOMPARE(path.back(), report);
+        QVERIFY(breadcrumbPath(nullptr).empty());
+
+        // The root of the file system is labelled "/".
+        Scanner::Options options;
+        options.workers = 1;
+        Scanner* self = nullptr;
+        Scanner scanner([&self](const ScanProgress&) { self->cancel(); }, options);
+        self = &scanner;
+        const auto slash = scanner.scan("/");
+        QCOMPARE(breadcrumbLabel(*slash->root()), QStringLiteral("/"));
+    }
+};
+
+QTEST_GUILESS_MAIN(CompanionsTest)
+#include "tst_companions.moc"

@@ -11,7 +11,7 @@ packages=(
     qml6-module-qtquick-shapes qml6-module-qtquick-templates qml6-module-qtquick-controls
     qml6-module-qtquick-dialogs qml6-module-qt-labs-folderlistmodel qml6-module-qttest
     qt6-image-formats-plugins libplist-dev
-    adwaita-icon-theme fonts-dejavu-core fonts-noto-cjk xvfb xauth
+    adwaita-icon-theme fonts-dejavu-core fonts-noto-cjk xvfb xauth dbus-daemon
 )
 
 missing=()

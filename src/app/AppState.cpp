@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 
+#include "platform/FileReveal.h"
 #include "platform/VolumeFacts.h"
 #include "screens/FullDiskAccess.h"
 
@@ -21,6 +22,8 @@ AppState::AppState(Services services, QObject* parent) : QObject(parent), m_serv
         m_services.volumes = &systemVolumeFacts();
     if (!m_services.diskAccess)
         m_services.diskAccess = &systemDiskAccess();
+    if (!m_services.reveal)
+        m_services.reveal = &systemFileReveal();
 }
 
 AppState::~AppState()
@@ -70,6 +73,12 @@ void AppState::setHovered(const NodeRef& node)
         return;
     m_hovered = node;
     Q_EMIT hoveredChanged();
+}
+
+void AppState::reveal(const NodeRef& node)
+{
+    if (node)
+        m_services.reveal->reveal(node->path());
 }
 
 void AppState::setNeedsFullDiskAccess(bool needed)

@@ -16,6 +16,7 @@
 namespace tw {
 
 class DiskAccess;
+class FileReveal;
 class VolumeFacts;
 
 // The window's one observable state: the current scan, the tree, where the
@@ -47,6 +48,7 @@ public:
         const VolumeFacts* volumes = nullptr;   // the running system's if null
         const DiskAccess* diskAccess = nullptr; // the system's if null
         Scanner::Options scannerOptions;        // e.g. a forced worker count
+        FileReveal* reveal = nullptr;           // the system's file manager if null
     };
 
     explicit AppState(QObject* parent = nullptr);
@@ -94,6 +96,8 @@ public:
     // The guarded focus change to the focus's parent; false at the root.
     Q_INVOKABLE bool goUp();
     void setHovered(const NodeRef& node);
+    // Shows the node in the file manager (the chart's and the list's "Show in Finder").
+    void reveal(const NodeRef& node);
 
     void setNeedsFullDiskAccess(bool needed);
     void setMode(Mode mode);

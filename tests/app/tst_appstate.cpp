@@ -4,6 +4,7 @@
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
+#include "platform/FileReveal.h"
 #include "platform/VolumeFacts.h"
 
 #include <QSignalSpy>
@@ -36,6 +37,12 @@ public:
     bool granted = false;
 };
 
+class FakeReveal final : public FileReveal {
+public:
+    void reveal(const QByteArray& path) override { revealed << path; }
+    QList<QByteArray> revealed;
+};
+
 } // namespace
 
 class AppStateTest : public QObject {
@@ -45,12 +52,14 @@ private:
     QTemporaryDir m_dir;
     FakeVolumes m_volumes;
     FakeAccess m_access;
+    FakeReveal m_reveal;
 
     AppState::Services services(int workers = 1)
     {
         AppState::Services s;
         s.volumes = &m_volumes;
         s.diskAccess = &m_access;
+        s.reveal = &m_reveal;
         s.scannerOptions.workers = workers;
         return s;
     }
@@ -323,6 +332,19 @@ private Q_SLOTS:
         QVERIFY(state.goUp());
         QCOMPARE(state.focus(), state.root());
         QCOMPARE(focusMoves.count(), 4);
+    }
+
+    void revealGoesToTheFileManager()
+    {
+        const QByteArray root = makeTree("reveal");
+        AppState state(services());
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        m_reveal.revealed.clear();
+        state.reveal({});
+        QVERIFY(m_reveal.revealed.isEmpty());
+        state.reveal(state.root().sibling(state.root().tree()->find(root + "/f1/x")));
+        QCOMPARE(m_reveal.revealed, QList<QByteArray>{root + "/f1/x"});
     }
 
     void modeHasItsTexts()

@@ -1,0 +1,102 @@
+// Reveal in the file manager: the freedesktop call on a private session bus
+// with a stand-in file manager, the fallback when nobody answers, and exact
+// addresses for names that are not UTF-8.
+
+#include "platform/linux/FreedesktopReveal.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QProcess>
+#include <QtTest>
+
+using namespace tw;
+
+namespace {
+// What a file manager offers on the bus, recording what it is asked.
+class FakeFileManager : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+public:
+    QStringList shown;
+    QString startupId;
+public Q_SLOTS:
+    void ShowItems(const QStringList& uris, const QString& id)
+    {
+        shown = uris;
+        startupId = id;
+    }
+};
+} // namespace
+
+class RevealTest : public QObject {
+    Q_OBJECT
+
+private:
+    QProcess m_daemon;
+    QString m_address;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+        QVERIFY2(m_daemon.waitForStarted(5000), "dbus-daemon is needed (package dbus-daemon)");
+        QVERIFY(m_daemon.waitForReadyRead(5000));
+        m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
+        QVERIFY(!m_address.isEmpty());
+    }
+    void cleanupTestCase()
+    {
+        m_daemon.kill();
+        m_daemon.waitForFinished(5000);
+    }
+
+    void addressesKeepTheBytes()
+    {
+        QCOMPARE(fileUri("/home/ann/My Files/caf\xe9.txt"),
+                 QStringLiteral("file:///home/ann/My%20Files/caf%E9.txt"));
+        QCOMPARE(fileUri("/a/%25?#"), QStringLiteral("file:///a/%2525%3F%23"));
+    }
+
+    void asksTheFileManager()
+    {
+        QDBusConnection bus = QDBusConnection::connectToBus(m_address, QStringLiteral("manager"));
+        QVERIFY(bus.isConnected());
+        FakeFileManager manager;
+        QVERIFY(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &manager,
+                                   QDBusConnection::ExportAllSlots));
+        QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
+
+        QDBusConnection client = QDBusConnection::connectToBus(m_address, QStringLiteral("client"));
+        QStringList fallbacks;
+        FreedesktopReveal reveal(client, [&](const QString& folder) { fallbacks << folder; });
+        reveal.reveal("/home/ann/Down loads/\xff\xfe.bin");
+        QTRY_COMPARE(manager.shown, QStringList{QStringLiteral("file:///home/ann/Down%20loads/%FF%FE.bin")});
+        QCOMPARE(manager.startupId, QString());
+        QTest::qWait(50);
+        QVERIFY(fallbacks.isEmpty());
+        bus.unregisterService(QStringLiteral("org.freedesktop.FileManager1"));
+        QDBusConnection::disconnectFromBus(QStringLiteral("manager"));
+        QDBusConnection::disconnectFromBus(QStringLiteral("client"));
+    }
+
+    void opensTheFolderWhenNobodyAnswers()
+    {
+        QDBusConnection client = QDBusConnection::connectToBus(m_address, QStringLiteral("lonely"));
+        QVERIFY(client.isConnected());
+        QStringList fallbacks;
+        FreedesktopReveal reveal(client, [&](const QString& folder) { fallbacks << folder; });
+        reveal.reveal("/srv/data/report.pdf");
+        QTRY_COMPARE(fallbacks, QStringList{QStringLiteral("file:///srv/data")});
+        QDBusConnection::disconnectFromBus(QStringLiteral("lonely"));
+
+        // Without any bus at all, the folder opens at once; the root's items open "/".
+        FreedesktopReveal offline(QDBusConnection(QStringLiteral("never-connected")),
+                                  [&](const QString& folder) { fallbacks << folder; });
+        offline.reveal("/top-level-file");
+        QCOMPARE(fallbacks.last(), QStringLiteral("file:///"));
+    }
+};
+
+QTEST_GUILESS_MAIN(RevealTest)
+#include "tst_reveal.moc"

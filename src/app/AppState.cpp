@@ -81,6 +81,38 @@ void AppState::reveal(const NodeRef& node)
         m_services.reveal->reveal(node->path());
 }
 
+void AppState::setDeleteCandidate(const NodeRef& node)
+{
+    if (m_deleteCandidate == node && m_deleteCandidate.tree() == node.tree())
+        return;
+    m_deleteCandidate = node;
+    Q_EMIT deleteCandidateChanged();
+}
+
+void AppState::setErrorMessage(std::optional<QString> message)
+{
+    if (m_errorMessage == message)
+        return;
+    m_errorMessage = std::move(message);
+    Q_EMIT errorMessageChanged();
+}
+
+void AppState::setConfirmThinSnapshots(bool open)
+{
+    if (m_confirmThinSnapshots == open)
+        return;
+    m_confirmThinSnapshots = open;
+    Q_EMIT snapshotsChanged();
+}
+
+void AppState::setThinResultMessage(std::optional<QString> message)
+{
+    if (m_thinResultMessage == message)
+        return;
+    m_thinResultMessage = std::move(message);
+    Q_EMIT snapshotsChanged();
+}
+
 void AppState::setNeedsFullDiskAccess(bool needed)
 {
     if (m_needsFullDiskAccess == needed)

@@ -35,6 +35,13 @@ class AppState : public QObject {
     Q_PROPERTY(QString fdaPromptForURL READ fdaPromptPath NOTIFY fdaPromptForURLChanged)
     Q_PROPERTY(bool isRefreshing READ isRefreshing NOTIFY isRefreshingChanged)
     Q_PROPERTY(Mode mode READ mode WRITE setMode NOTIFY modeChanged)
+    Q_PROPERTY(bool hasDeleteCandidate READ hasDeleteCandidate NOTIFY deleteCandidateChanged)
+    // The error alert's message; empty when no alert is up.
+    Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged)
+    Q_PROPERTY(int localSnapshotCount READ localSnapshotCount NOTIFY snapshotsChanged)
+    Q_PROPERTY(bool thinningSnapshots READ thinningSnapshots NOTIFY snapshotsChanged)
+    Q_PROPERTY(bool confirmThinSnapshots READ confirmThinSnapshots WRITE setConfirmThinSnapshots NOTIFY snapshotsChanged)
+    Q_PROPERTY(QString thinResultMessage READ thinResultMessage NOTIFY snapshotsChanged)
 
 public:
     // Only `scanning` has a value: the latest progress, in `progress`.
@@ -60,6 +67,18 @@ public:
     [[nodiscard]] const NodeRef& root() const { return m_root; }
     [[nodiscard]] const NodeRef& focus() const { return m_focus; }
     [[nodiscard]] const NodeRef& hovered() const { return m_hovered; }
+    // What the delete dialog asks about; empty when no dialog is up.
+    [[nodiscard]] const NodeRef& deleteCandidate() const { return m_deleteCandidate; }
+    [[nodiscard]] bool hasDeleteCandidate() const { return bool(m_deleteCandidate); }
+    [[nodiscard]] QString errorMessage() const { return m_errorMessage.value_or(QString()); }
+    [[nodiscard]] bool hasErrorMessage() const { return m_errorMessage.has_value(); }
+    // Local snapshots: counted and thinned by the snapshot service, which is
+    // not part of this build yet, so the count stays 0 and the welcome
+    // screen offers no reclaim.
+    [[nodiscard]] int localSnapshotCount() const { return m_localSnapshotCount; }
+    [[nodiscard]] bool thinningSnapshots() const { return m_thinningSnapshots; }
+    [[nodiscard]] bool confirmThinSnapshots() const { return m_confirmThinSnapshots; }
+    [[nodiscard]] QString thinResultMessage() const { return m_thinResultMessage.value_or(QString()); }
     [[nodiscard]] bool hasTree() const { return bool(m_root); }
     [[nodiscard]] bool needsFullDiskAccess() const { return m_needsFullDiskAccess; }
     [[nodiscard]] const std::optional<QByteArray>& fdaPromptForURL() const { return m_fdaPromptForURL; }
@@ -79,6 +98,8 @@ public:
     // Starts a scan of `path`, superseding any running one. After it ends the
     // chart focuses `restoreFocusPath` if it is still in the tree, else the root.
     void startScan(const QByteArray& path, const std::optional<QByteArray>& restoreFocusPath);
+    // The prompt's Cancel: no scan, the phase stays as it is.
+    Q_INVOKABLE void dismissFullDiskAccessPrompt() { setFdaPrompt(std::nullopt); }
     // Runs the scan that waits behind the prompt, with whatever gaps it has.
     Q_INVOKABLE void continueWithoutFullDiskAccess();
     // Rescans the last location, keeping the focused folder. Does nothing
@@ -98,6 +119,19 @@ public:
     void setHovered(const NodeRef& node);
     // Shows the node in the file manager (the chart's and the list's "Show in Finder").
     void reveal(const NodeRef& node);
+    // The chart's and the list's "Move to Trash…": opens the delete dialog.
+    void setDeleteCandidate(const NodeRef& node);
+    Q_INVOKABLE void cancelDelete() { setDeleteCandidate({}); }
+    void setErrorMessage(std::optional<QString> message);
+    // The error alert's "OK".
+    Q_INVOKABLE void clearErrorMessage() { setErrorMessage(std::nullopt); }
+    void setConfirmThinSnapshots(bool open);
+    // The confirmation's "Reclaim". The snapshot service is not part of this
+    // build yet: this closes the confirmation and thins nothing.
+    Q_INVOKABLE void thinSnapshots() { setConfirmThinSnapshots(false); }
+    void setThinResultMessage(std::optional<QString> message);
+    // The thinning result alert's "OK".
+    Q_INVOKABLE void clearThinResultMessage() { setThinResultMessage(std::nullopt); }
 
     void setNeedsFullDiskAccess(bool needed);
     void setMode(Mode mode);
@@ -113,6 +147,9 @@ Q_SIGNALS:
     void isRefreshingChanged();
     void volumeCapacityChanged();
     void modeChanged();
+    void deleteCandidateChanged();
+    void errorMessageChanged();
+    void snapshotsChanged();
 
 private:
     void applyReport(const QUuid& stamp, const ScanProgress& report);
@@ -132,6 +169,12 @@ private:
     NodeRef m_root;
     NodeRef m_focus;
     NodeRef m_hovered;
+    NodeRef m_deleteCandidate;
+    std::optional<QString> m_errorMessage;
+    int m_localSnapshotCount = 0;
+    bool m_thinningSnapshots = false;
+    bool m_confirmThinSnapshots = false;
+    std::optional<QString> m_thinResultMessage;
     bool m_needsFullDiskAccess = false;
     std::optional<QByteArray> m_fdaPromptForURL;
     bool m_isRefreshing = false;

@@ -136,6 +136,7 @@ void AppState::resetToWelcome()
     setRoot({});
     setFocus({});
     setHovered({});
+    setDeleteCandidate({});
     m_rootURL.reset();
     setVolumeCapacity(std::nullopt);
     setRefreshing(false);

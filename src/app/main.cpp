@@ -1,6 +1,11 @@
+#include "app/AppDelegate.h"
+#include "app/AppState.h"
+#include "screens/ScreensSetup.h"
+
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQmlExtensionPlugin>
+#include <QQuickStyle>
 #include <QUrl>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
@@ -10,11 +15,19 @@ int main(int argc, char* argv[])
     QGuiApplication app(argc, argv);
     QGuiApplication::setOrganizationName(QStringLiteral("Tidewick"));
     QGuiApplication::setApplicationName(QStringLiteral("Tidewick"));
-    // Closing the one window ends the program.
-    QGuiApplication::setQuitOnLastWindowClosed(true);
+    QGuiApplication::setQuitOnLastWindowClosed(tw::AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
+    // One look everywhere; the screens draw their own controls over it.
+    if (qEnvironmentVariableIsEmpty("QT_QUICK_CONTROLS_STYLE"))
+        QQuickStyle::setStyle(QStringLiteral("Fusion"));
 
+    tw::AppDelegate delegate;
+    delegate.applicationDidFinishLaunching();
+
+    // Lives as long as the window: made before the engine, destroyed after it.
+    tw::AppState state;
     QQmlApplicationEngine engine;
-    engine.addImportPath(QStringLiteral("qrc:/"));
+    tw::installScreens(engine);
+    engine.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)}});
     QObject::connect(
         &engine, &QQmlApplicationEngine::objectCreationFailed, &app,
         [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);

@@ -41,22 +41,40 @@ QString breadcrumbLabel(const FileNode& node)
     return name.isEmpty() ? QStringLiteral("/") : name;
 }
 
-LargestChildrenModel::LargestChildrenModel(AppState& state, QObject* parent)
-    : QAbstractListModel(parent), m_state(state)
+LargestChildrenModel::LargestChildrenModel(QObject* parent) : QAbstractListModel(parent)
 {
-    connect(&m_state, &AppState::focusChanged, this, &LargestChildrenModel::rebuild);
-    connect(&m_state, &AppState::rootChanged, this, &LargestChildrenModel::rebuild);
-    connect(&m_state, &AppState::hoveredChanged, this, &LargestChildrenModel::refreshHover);
     connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this,
             &LargestChildrenModel::rebuild);
+}
+
+LargestChildrenModel::LargestChildrenModel(AppState& state, QObject* parent) : LargestChildrenModel(parent)
+{
+    setState(&state);
+}
+
+void LargestChildrenModel::setState(AppState* state)
+{
+    if (m_state == state)
+        return;
+    if (m_state)
+        disconnect(m_state, nullptr, this, nullptr);
+    m_state = state;
+    if (m_state) {
+        connect(m_state, &AppState::focusChanged, this, &LargestChildrenModel::rebuild);
+        connect(m_state, &AppState::rootChanged, this, &LargestChildrenModel::rebuild);
+        connect(m_state, &AppState::hoveredChanged, this, &LargestChildrenModel::refreshHover);
+        connect(m_state, &QObject::destroyed, this, &LargestChildrenModel::rebuild);
+    }
     rebuild();
+    Q_EMIT stateChanged();
 }
 
 void LargestChildrenModel::rebuild()
 {
     beginResetModel();
     m_rows.clear();
-    if (const NodeRef& focus = m_state.focus()) {
+    if (m_state && m_state->focus()) {
+        const NodeRef& focus = m_state->focus();
         // Only the first twelve are touched, however many there are.
         for (FileNode& child : focus->children()) {
             if (int(m_rows.size()) == kMaximumRows)
@@ -91,11 +109,11 @@ QVariant LargestChildrenModel::data(const QModelIndex& index, int role) const
     case SizeTextRole:
         return formatBytes(node.size());
     case ShareTextRole:
-        return percentText(double(node.size()), double(m_state.focus() ? m_state.focus()->size() : 0));
+        return percentText(double(node.size()), double(m_state && m_state->focus() ? m_state->focus()->size() : 0));
     case CanDrillInRole:
         return node.isDirectory() && node.hasChildren();
     case IsHoveredRole:
-        return m_state.hovered().get() == &node;
+        return m_state && m_state->hovered().get() == &node;
     default:
         return {};
     }
@@ -109,27 +127,27 @@ QHash<int, QByteArray> LargestChildrenModel::roleNames() const
 
 NodeRef LargestChildrenModel::nodeAt(int row) const
 {
-    if (row < 0 || row >= int(m_rows.size()) || !m_state.focus())
+    if (row < 0 || row >= int(m_rows.size()) || !m_state || !m_state->focus())
         return {};
-    return m_state.focus().sibling(m_rows[std::size_t(row)]);
+    return m_state->focus().sibling(m_rows[std::size_t(row)]);
 }
 
 void LargestChildrenModel::enter(int row)
 {
     if (const NodeRef node = nodeAt(row))
-        m_state.setHovered(node);
+        m_state->setHovered(node);
 }
 
 void LargestChildrenModel::leave(int row)
 {
     const NodeRef node = nodeAt(row);
-    if (node && m_state.hovered() == node)
-        m_state.setHovered({});
+    if (node && m_state->hovered() == node)
+        m_state->setHovered({});
 }
 
 bool LargestChildrenModel::drillIn(int row)
 {
-    return m_state.focusOn(nodeAt(row));
+    return m_state && m_state->focusOn(nodeAt(row));
 }
 
 } // namespace tw

@@ -41,6 +41,7 @@ struct TooltipText {
 // hover. Follows focus, hover and language changes by itself.
 class LargestChildrenModel : public QAbstractListModel {
     Q_OBJECT
+    Q_PROPERTY(tw::AppState* state READ state WRITE setState NOTIFY stateChanged)
 public:
     static constexpr int kMaximumRows = 12;
     enum Role {
@@ -53,7 +54,12 @@ public:
     };
     Q_ENUM(Role)
 
+    explicit LargestChildrenModel(QObject* parent = nullptr);
     explicit LargestChildrenModel(AppState& state, QObject* parent = nullptr);
+
+    // Does not own the state; follows it until it is replaced or destroyed.
+    [[nodiscard]] AppState* state() const { return m_state; }
+    void setState(AppState* state);
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
@@ -68,11 +74,14 @@ public:
     // Double click: drills into a folder with children, does nothing else.
     Q_INVOKABLE bool drillIn(int row);
 
+Q_SIGNALS:
+    void stateChanged();
+
 private:
     void rebuild();
     void refreshHover();
 
-    AppState& m_state;
+    QPointer<AppState> m_state;
     std::vector<FileNode*> m_rows;
 };
 

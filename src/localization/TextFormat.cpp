@@ -63,3 +63,19 @@ QString percentText(double value, double total)
 }
 
 } // namespace tw
+
+namespace tw {
+QString fillText(const QString& format, const QString& text)
+{
+    QString filled = format;
+    const qsizetype at = filled.indexOf(QLatin1String("%@"));
+    return at < 0 ? filled : filled.replace(at, 2, text);
+}
+
+QString fillCount(const QString& format, qint64 count)
+{
+    QString filled = format;
+    const qsizetype at = filled.indexOf(QLatin1String("%d"));
+    return at < 0 ? filled : filled.replace(at, 2, QString::number(count));
+}
+} // namespace tw

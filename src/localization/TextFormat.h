@@ -33,3 +33,10 @@ namespace tw {
 [[nodiscard]] QString percentText(double value, double total);
 
 } // namespace tw
+
+namespace tw {
+// A catalogue format filled in: the first "%@" by `text`, the first "%d" by
+// `count`. The tables use no other placeholders.
+[[nodiscard]] QString fillText(const QString& format, const QString& text);
+[[nodiscard]] QString fillCount(const QString& format, qint64 count);
+} // namespace tw

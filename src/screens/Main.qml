@@ -1,15 +1,22 @@
 import QtQuick
 import QtQuick.Window
+import Tidewick
 
-// The main window. The screens arrive with their own work; until then it is
-// an empty frame at the smallest size the layout allows.
+// The one window. The application makes the AppState and hands it over.
 Window {
     id: window
+    required property AppState appState
+
     width: 1080
     height: 720
     minimumWidth: 1080
     minimumHeight: 720
     visible: true
     title: "Tidewick"
-    color: palette.window
+    color: Style.windowBackground
+
+    ContentView {
+        anchors.fill: parent
+        appState: window.appState
+    }
 }

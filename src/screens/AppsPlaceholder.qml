@@ -1,0 +1,4 @@
+import QtQuick
+
+// The Applications mode until its screen is built: nothing to show.
+Item {}

@@ -1,0 +1,136 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Dialogs
+import QtQuick.Layouts
+import Tidewick
+
+// Everything the main window holds: the mode bar, the screen chosen by mode
+// and phase, the modal layer and the alerts. A pure function of AppState.
+Item {
+    id: content
+    required property AppState appState
+
+    ScreensModel {
+        id: screensModel
+        state: content.appState
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        RowLayout {
+            objectName: "modeBar"
+            Layout.fillWidth: true
+            Layout.leftMargin: 18
+            Layout.rightMargin: 18
+            Layout.topMargin: 10
+            Layout.bottomMargin: 10
+
+            ModePicker {
+                objectName: "modePicker"
+                Layout.preferredWidth: 280
+                appState: content.appState
+            }
+            Item {
+                Layout.fillWidth: true
+            }
+            LanguageMenu {
+                objectName: "languageButton"
+            }
+        }
+
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Style.divider
+            opacity: 0.4
+        }
+
+        Item {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+
+            AppsPlaceholder {
+                objectName: "appsScreen"
+                anchors.fill: parent
+                visible: content.appState.mode === AppState.Mode.apps
+            }
+            WelcomeView {
+                objectName: "welcomeScreen"
+                anchors.fill: parent
+                visible: content.appState.mode === AppState.Mode.folder && content.appState.phase === AppState.Phase.welcome
+                localSnapshotCount: content.appState.localSnapshotCount
+                thinning: content.appState.thinningSnapshots
+                onScanEntireMac: content.appState.requestScan("/")
+                onScanHome: content.appState.requestScan(screensModel.homePath)
+                onPickFolder: folderDialog.open()
+                onThinSnapshots: content.appState.confirmThinSnapshots = true
+            }
+            ScanProgressView {
+                objectName: "progressScreen"
+                anchors.fill: parent
+                visible: content.appState.mode === AppState.Mode.folder && content.appState.phase === AppState.Phase.scanning
+                screens: screensModel
+                onCancel: content.appState.cancelScan()
+            }
+            Loader {
+                objectName: "chartScreenLoader"
+                anchors.fill: parent
+                active: content.appState.mode === AppState.Mode.folder && content.appState.phase === AppState.Phase.ready
+                        && content.appState.hasTree
+                sourceComponent: ChartScreen {
+                    appState: content.appState
+                    onOpenFullDiskAccessSettings: Qt.openUrlExternally(screensModel.fullDiskAccessSettingsUrl)
+                }
+            }
+        }
+    }
+
+    // The modal layer, back to front.
+    ModalCard {
+        objectName: "fdaPromptCard"
+        shown: content.appState.fdaPromptForURL !== ""
+        FullDiskAccessPrompt {
+            pathLabel: screensModel.fdaPathLabel
+            onOpenSettings: Qt.openUrlExternally(screensModel.fullDiskAccessSettingsUrl)
+            onContinueAnyway: content.appState.continueWithoutFullDiskAccess()
+            onCancel: content.appState.dismissFullDiskAccessPrompt()
+        }
+    }
+
+    FolderDialog {
+        id: folderDialog
+        title: Loc.strings["panel.message"]
+        acceptLabel: Loc.strings["panel.prompt"]
+        parentWindow: content.Window.window
+        onAccepted: screensModel.scanPickedFolder(selectedFolder)
+    }
+
+    AlertDialog {
+        objectName: "errorAlert"
+        title: Loc.strings["delete.failed"]
+        message: content.appState.errorMessage
+        shown: content.appState.errorMessage !== ""
+        acceptText: "OK"
+        onAccepted: content.appState.clearErrorMessage()
+    }
+    AlertDialog {
+        objectName: "thinConfirmAlert"
+        title: Loc.strings["snapshots.confirm.title"]
+        message: Loc.strings["snapshots.confirm.body"]
+        shown: content.appState.confirmThinSnapshots
+        acceptText: Loc.strings["snapshots.confirm.action"]
+        rejectText: Loc.strings["common.cancel"]
+        onAccepted: content.appState.thinSnapshots()
+        onRejected: content.appState.confirmThinSnapshots = false
+    }
+    AlertDialog {
+        objectName: "thinResultAlert"
+        title: Loc.strings["snapshots.result.title"]
+        message: content.appState.thinResultMessage
+        shown: content.appState.thinResultMessage !== ""
+        acceptText: "OK"
+        onAccepted: content.appState.clearThinResultMessage()
+    }
+}

@@ -1,0 +1,144 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Tidewick
+
+// The twelve largest children of the focus, sharing hover and actions with
+// the chart.
+Rectangle {
+    id: panel
+    required property AppState appState
+
+    implicitWidth: 280
+    radius: 14
+    color: Style.thinMaterial
+    border.color: Qt.rgba(1, 1, 1, 0.08)
+    border.width: 0.5
+
+    LargestChildrenModel {
+        id: rows
+        state: panel.appState
+    }
+    NodeActions {
+        id: actions
+        state: panel.appState
+    }
+    NodeContextMenu {
+        id: menu
+        objectName: "rowMenu"
+        actions: actions
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Text {
+            text: Loc.strings["details.largest"]
+            font.pixelSize: 12
+            font.weight: Font.DemiBold
+            color: Style.secondary
+            leftPadding: 14
+            rightPadding: 14
+            topPadding: 12
+            bottomPadding: 8
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Style.divider
+        }
+        ListView {
+            id: list
+            objectName: "largestList"
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            clip: true
+            model: rows
+            topMargin: 6
+            bottomMargin: 6
+            leftMargin: 6
+            rightMargin: 6
+            boundsBehavior: Flickable.StopAtBounds
+            ScrollBar.vertical: ScrollBar {}
+
+            delegate: Rectangle {
+                id: row
+                required property int index
+                required property string name
+                required property bool isDirectory
+                required property string sizeText
+                required property string shareText
+                required property bool isHovered
+
+                width: ListView.view.width - 12
+                implicitHeight: content.implicitHeight + 12
+                radius: 8
+                color: isHovered ? Qt.rgba(0, 0.478, 1, 0.12) : "transparent"
+
+                RowLayout {
+                    id: content
+                    x: 10
+                    width: parent.width - 20
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: 10
+
+                    SymbolIcon {
+                        Layout.preferredWidth: 16
+                        symbol: row.isDirectory ? "folder.fill" : "doc.fill"
+                        tint: Style.accent
+                        opacity: 0.8
+                    }
+                    Column {
+                        Layout.fillWidth: true
+                        spacing: 2
+                        Text {
+                            width: parent.width
+                            text: row.name
+                            font.pixelSize: 12
+                            font.weight: Font.Medium
+                            color: Style.primary
+                            elide: Text.ElideMiddle
+                        }
+                        Row {
+                            spacing: 6
+                            Text {
+                                text: row.sizeText
+                                font.pixelSize: 10
+                                font.weight: Font.Medium
+                                color: Style.secondary
+                            }
+                            Text {
+                                text: "•"
+                                font.pixelSize: 10
+                                color: Style.secondary
+                                opacity: 0.5
+                            }
+                            Text {
+                                text: row.shareText
+                                font.pixelSize: 10
+                                color: Style.secondary
+                            }
+                        }
+                    }
+                }
+
+                MouseArea {
+                    anchors.fill: parent
+                    hoverEnabled: true
+                    acceptedButtons: Qt.LeftButton | Qt.RightButton
+                    onEntered: rows.enter(row.index)
+                    onExited: rows.leave(row.index)
+                    onDoubleClicked: mouse => {
+                        if (mouse.button === Qt.LeftButton)
+                            rows.drillIn(row.index);
+                    }
+                    onPressed: mouse => {
+                        if (mouse.button === Qt.RightButton && actions.takeRow(rows, row.index))
+                            menu.popup(row, mouse.x, mouse.y);
+                    }
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,70 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Tidewick
+
+// After a scan that met closed folders: how many, and the way to the grant.
+Rectangle {
+    id: banner
+    property int inaccessibleCount: 0
+    signal openSettings()
+    signal dismiss()
+
+    implicitHeight: content.implicitHeight + 16
+    color: Qt.rgba(1, 0.584, 0, 0.12)
+
+    RowLayout {
+        id: content
+        anchors.fill: parent
+        anchors.leftMargin: 14
+        anchors.rightMargin: 14
+        anchors.topMargin: 8
+        anchors.bottomMargin: 8
+        spacing: 12
+
+        SymbolIcon {
+            symbol: "exclamationmark.lock.fill"
+            tint: Style.orange
+            size: 16
+        }
+        Column {
+            spacing: 1
+            Text {
+                objectName: "bannerTitle"
+                text: Loc.strings["fda.banner.title"].replace("%d", banner.inaccessibleCount)
+                font.pixelSize: 12
+                font.weight: Font.DemiBold
+                color: Style.primary
+            }
+            Text {
+                text: Loc.strings["fda.banner.body"]
+                font.pixelSize: 11
+                color: Style.secondary
+            }
+        }
+        Item {
+            Layout.fillWidth: true
+        }
+        Button {
+            objectName: "bannerOpenSettings"
+            text: Loc.strings["fda.openSettings"]
+            font.pixelSize: 11
+            onClicked: banner.openSettings()
+        }
+        ToolButton {
+            objectName: "bannerDismiss"
+            flat: true
+            implicitWidth: 22
+            implicitHeight: 22
+            contentItem: Item {
+                SymbolIcon {
+                    anchors.centerIn: parent
+                    symbol: "xmark"
+                    tint: Style.secondary
+                    size: 10
+                }
+            }
+            onClicked: banner.dismiss()
+        }
+    }
+}

@@ -1,0 +1,55 @@
+import QtQuick
+import Tidewick
+
+// One dialog of the modal layer: dimming over the whole window and a card in
+// the middle, entering and leaving with opacity and a slight scale. A click
+// on the dimming does nothing.
+Item {
+    id: modal
+    property bool shown: false
+    default property alias content: card.data
+
+    anchors.fill: parent
+    opacity: shown ? 1 : 0
+    visible: opacity > 0
+    Behavior on opacity {
+        NumberAnimation { duration: 200; easing.type: Easing.InOutQuad }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Qt.rgba(0, 0, 0, 0.25)
+        // Swallows clicks and hovers meant for what lies below.
+        MouseArea {
+            anchors.fill: parent
+            hoverEnabled: true
+            acceptedButtons: Qt.AllButtons
+        }
+    }
+
+    Repeater {
+        model: 5
+        Rectangle {
+            required property int index
+            x: card.x - index * 6
+            y: card.y + 14 - index * 6 + 6
+            width: card.width + index * 12
+            height: card.height + index * 12
+            radius: 14 + index * 6
+            color: Qt.rgba(0, 0, 0, 0.4 / (6 * (index + 1)))
+            scale: card.scale
+        }
+    }
+    Rectangle {
+        id: card
+        anchors.centerIn: parent
+        width: childrenRect.width
+        height: childrenRect.height
+        radius: 14
+        color: Style.windowBackground
+        scale: modal.shown ? 1 : 0.96
+        Behavior on scale {
+            NumberAnimation { duration: 200; easing.type: Easing.InOutQuad }
+        }
+    }
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+// The core's QObjects as QML sees them. The core links no QML, so the
+// registrations live here, beside the module that uses them.
+
+#include "app/AppState.h"
+#include "chart/ChartCompanions.h"
+#include "chart/ChartScreenModel.h"
+#include "chart/NodeActions.h"
+#include "screens/ScreensModel.h"
+
+#include <QQmlEngine>
+
+namespace tw::qml {
+
+struct AppStateForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::AppState)
+    QML_NAMED_ELEMENT(AppState)
+    QML_UNCREATABLE("The application makes the one AppState and hands it to the window.")
+};
+
+struct LargestChildrenForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::LargestChildrenModel)
+    QML_NAMED_ELEMENT(LargestChildrenModel)
+};
+
+struct ChartScreenForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::ChartScreenModel)
+    QML_NAMED_ELEMENT(ChartScreenModel)
+};
+
+struct NodeActionsForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::NodeActions)
+    QML_NAMED_ELEMENT(NodeActions)
+};
+
+struct ScreensModelForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::ScreensModel)
+    QML_NAMED_ELEMENT(ScreensModel)
+};
+
+} // namespace tw::qml

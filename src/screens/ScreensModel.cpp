@@ -1,0 +1,90 @@
+#include "screens/ScreensModel.h"
+
+#include "app/AppState.h"
+#include "localization/LocalizationManager.h"
+#include "localization/TextFormat.h"
+#include "screens/FullDiskAccess.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cmath>
+
+namespace tw {
+
+QString progressCountsText(const ScanProgress& progress)
+{
+    return formatBytes(progress.bytesScanned) + QStringLiteral(" • ") + QString::number(progress.filesScanned) +
+           u' ' + LocalizationManager::shared().string(QStringLiteral("apps.itemMany"));
+}
+
+QString progressRateText(const ScanProgress& progress)
+{
+    if (!(progress.filesPerSecond >= 1.0))
+        return {};
+    return QString::number(std::llround(progress.filesPerSecond)) + QStringLiteral(" files/s");
+}
+
+ScreensModel::ScreensModel(QObject* parent) : QObject(parent)
+{
+    connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this, [this] {
+        Q_EMIT progressChanged();
+        Q_EMIT fdaChanged();
+    });
+}
+
+void ScreensModel::setState(AppState* state)
+{
+    if (m_state == state)
+        return;
+    if (m_state)
+        disconnect(m_state, nullptr, this, nullptr);
+    m_state = state;
+    if (m_state) {
+        connect(m_state, &AppState::progressChanged, this, &ScreensModel::progressChanged);
+        connect(m_state, &AppState::fdaPromptForURLChanged, this, &ScreensModel::fdaChanged);
+    }
+    Q_EMIT stateChanged();
+    Q_EMIT progressChanged();
+    Q_EMIT fdaChanged();
+}
+
+QString ScreensModel::progressCounts() const
+{
+    return m_state ? progressCountsText(m_state->progress()) : QString();
+}
+
+QString ScreensModel::progressRate() const
+{
+    return m_state ? progressRateText(m_state->progress()) : QString();
+}
+
+QString ScreensModel::progressPath() const
+{
+    return m_state ? m_state->progress().currentPath : QString();
+}
+
+QString ScreensModel::fdaPathLabel() const
+{
+    if (!m_state || !m_state->fdaPromptForURL())
+        return {};
+    return fillText(LocalizationManager::shared().string(QStringLiteral("fda.pathLabel")), m_state->fdaPromptPath());
+}
+
+QString ScreensModel::homePath() const
+{
+    return QDir::homePath();
+}
+
+QUrl ScreensModel::fullDiskAccessSettingsUrl() const
+{
+    return tw::fullDiskAccessSettingsUrl();
+}
+
+void ScreensModel::scanPickedFolder(const QUrl& folder) const
+{
+    if (m_state && folder.isLocalFile())
+        m_state->requestScan(QFile::encodeName(folder.toLocalFile()));
+}
+
+} // namespace tw

@@ -1,0 +1,15 @@
+#include "screens/ScreensSetup.h"
+
+#include "screens/SymbolImageProvider.h"
+
+#include <QQmlEngine>
+
+namespace tw {
+
+void installScreens(QQmlEngine& engine)
+{
+    engine.addImportPath(QStringLiteral("qrc:/"));
+    engine.addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
+}
+
+} // namespace tw

@@ -1,0 +1,68 @@
+import QtQuick
+import Tidewick
+
+// The chart item with its hub label and context menu.
+Item {
+    id: chart
+    required property AppState appState
+    required property ChartScreenModel screen
+
+    SunburstView {
+        id: view
+        objectName: "sunburst"
+        anchors.fill: parent
+        state: chart.appState
+        hubColor: Style.windowBackground
+        onContextMenuRequested: (x, y) => {
+            // No hover, no menu.
+            if (actions.takeHovered())
+                menu.popup(view, x, y);
+        }
+    }
+
+    NodeActions {
+        id: actions
+        state: chart.appState
+    }
+
+    NodeContextMenu {
+        id: menu
+        objectName: "chartMenu"
+        actions: actions
+    }
+
+    // Text takes no mouse events, so a click on the label reaches the chart.
+    Column {
+        anchors.centerIn: view
+        spacing: 4
+        visible: chart.screen.hasFocus
+
+        Text {
+            objectName: "hubName"
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: Math.min(implicitWidth, view.hubRadius * 1.6)
+            text: chart.screen.hubName
+            font.pixelSize: 14
+            font.weight: Font.Medium
+            color: Style.secondary
+            elide: Text.ElideMiddle
+            horizontalAlignment: Text.AlignHCenter
+        }
+        Text {
+            objectName: "hubSize"
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: chart.screen.hubSize
+            font.pixelSize: 22
+            font.weight: Font.DemiBold
+            color: Style.primary
+        }
+        Text {
+            objectName: "hubFiles"
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: chart.screen.hubFiles
+            font.pixelSize: 11
+            color: Style.secondary
+            opacity: 0.8
+        }
+    }
+}

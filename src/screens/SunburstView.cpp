@@ -1,0 +1,127 @@
+#include "screens/SunburstView.h"
+
+#include "app/AppState.h"
+#include "chart/SunburstLayout.h"
+#include "screens/SunburstPainter.h"
+
+#include <QPainter>
+
+namespace tw {
+
+SunburstView::SunburstView(QQuickItem* parent) : QQuickPaintedItem(parent)
+{
+    setAcceptHoverEvents(true);
+    setAcceptedMouseButtons(Qt::LeftButton | Qt::RightButton);
+    setAntialiasing(true);
+}
+
+void SunburstView::setState(AppState* state)
+{
+    if (m_state == state)
+        return;
+    if (m_state)
+        disconnect(m_state, nullptr, this, nullptr);
+    m_state = state;
+    if (m_state) {
+        // Sizes change in place after a deletion; the root is re-assigned then.
+        connect(m_state, &AppState::focusChanged, this, [this] { update(); });
+        connect(m_state, &AppState::rootChanged, this, [this] { update(); });
+    }
+    update();
+    Q_EMIT stateChanged();
+}
+
+void SunburstView::setHubColor(const QColor& color)
+{
+    if (m_hubColor == color)
+        return;
+    m_hubColor = color;
+    update();
+    Q_EMIT hubColorChanged();
+}
+
+double SunburstView::hubRadius() const
+{
+    return chartGeometry(width(), height()).hubRadius;
+}
+
+void SunburstView::paint(QPainter* painter)
+{
+    const ChartGeometry geometry = chartGeometry(width(), height());
+    const FileNode* focus = m_state && m_state->focus() ? m_state->focus().get() : nullptr;
+    const std::vector<Segment> segments = buildSegments(focus, width(), height());
+    const Segment* hit = nullptr;
+    if (m_mouseLocation)
+        hit = segmentAt(m_mouseLocation->x() - geometry.centreX, m_mouseLocation->y() - geometry.centreY, segments);
+    paintSunburst(*painter, geometry, segments, hit, m_hubColor);
+}
+
+void SunburstView::moveMouse(const QPointF& location)
+{
+    m_mouseLocation = location;
+    if (m_state) {
+        const ChartGeometry geometry = chartGeometry(width(), height());
+        const NodeRef& focus = m_state->focus();
+        const std::vector<Segment> segments = buildSegments(focus.get(), width(), height());
+        const Segment* hit = segmentAt(location.x() - geometry.centreX, location.y() - geometry.centreY, segments);
+        m_state->setHovered(hit ? focus.sibling(hit->node) : NodeRef());
+    }
+    update();
+}
+
+void SunburstView::hoverEnterEvent(QHoverEvent* event)
+{
+    moveMouse(event->position());
+}
+
+void SunburstView::hoverMoveEvent(QHoverEvent* event)
+{
+    moveMouse(event->position());
+}
+
+void SunburstView::hoverLeaveEvent(QHoverEvent*)
+{
+    m_mouseLocation.reset();
+    if (m_state)
+        m_state->setHovered({});
+    update();
+}
+
+void SunburstView::mousePressEvent(QMouseEvent* event)
+{
+    // A press is where the mouse is, even if no hover event came first.
+    moveMouse(event->position());
+    if (event->button() == Qt::RightButton)
+        Q_EMIT contextMenuRequested(event->position().x(), event->position().y());
+    event->accept();
+}
+
+void SunburstView::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton && contains(event->position()))
+        click();
+    event->accept();
+}
+
+void SunburstView::click()
+{
+    // The stored location, as hover left it; nothing when the mouse is outside.
+    if (!m_mouseLocation || !m_state || !m_state->focus())
+        return;
+    const ChartGeometry geometry = chartGeometry(width(), height());
+    const NodeRef& focus = m_state->focus();
+    const std::vector<Segment> segments = buildSegments(focus.get(), width(), height());
+    const Segment* hit =
+        segmentAt(m_mouseLocation->x() - geometry.centreX, m_mouseLocation->y() - geometry.centreY, segments);
+    if (hit)
+        m_state->focusOn(focus.sibling(hit->node)); // the guarded change refuses files and empty folders
+}
+
+void SunburstView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry)
+{
+    QQuickPaintedItem::geometryChange(newGeometry, oldGeometry);
+    if (newGeometry.size() != oldGeometry.size())
+        Q_EMIT hubRadiusChanged();
+}
+
+} // namespace tw

@@ -1,0 +1,98 @@
+import QtQuick
+import Tidewick
+
+// Names the hovered node, in a card that stays in the chart's corner.
+Item {
+    id: tooltip
+    required property ChartScreenModel screen
+    readonly property var info: screen.tooltip
+
+    implicitWidth: Math.min(340, lines.implicitWidth + 20)
+    implicitHeight: lines.implicitHeight + 20
+
+    // A soft shadow: black at 0.22 spread over a few layers, 6 points down.
+    Repeater {
+        model: 4
+        Rectangle {
+            required property int index
+            x: -index * 3
+            y: 6 - index * 3 + 2
+            width: tooltip.width + index * 6
+            height: tooltip.height + index * 6
+            radius: 10 + index * 3
+            color: Qt.rgba(0, 0, 0, 0.22 / (4 * (index + 1)))
+        }
+    }
+    Rectangle {
+        anchors.fill: parent
+        radius: 10
+        color: Style.ultraThinMaterial
+        border.color: Qt.rgba(1, 1, 1, 0.12)
+        border.width: 0.5
+    }
+
+    Column {
+        id: lines
+        objectName: "tooltipLines"
+        x: 10
+        y: 10
+        width: tooltip.width - 20
+        spacing: 4
+
+        Row {
+            spacing: 6
+            SymbolIcon {
+                anchors.verticalCenter: parent.verticalCenter
+                symbol: tooltip.info.isDirectory ? "folder.fill" : "doc.fill"
+                tint: Style.accent
+                size: 14
+            }
+            Text {
+                anchors.verticalCenter: parent.verticalCenter
+                text: tooltip.info.name ?? ""
+                font.pixelSize: 13
+                font.weight: Font.DemiBold
+                color: Style.primary
+                width: Math.min(implicitWidth, 300)
+                elide: Text.ElideRight
+            }
+        }
+        Text {
+            width: Math.min(implicitWidth, 320)
+            text: tooltip.info.path ?? ""
+            font.pixelSize: 10
+            font.family: Style.monospace
+            color: Style.secondary
+            elide: Text.ElideMiddle
+        }
+        Row {
+            spacing: 10
+            Row {
+                spacing: 4
+                SymbolIcon {
+                    anchors.verticalCenter: parent.verticalCenter
+                    symbol: "internaldrive"
+                    tint: Style.primary
+                    size: 12
+                }
+                Text {
+                    text: tooltip.info.size ?? ""
+                    font.pixelSize: 11
+                    font.weight: Font.Medium
+                    color: Style.primary
+                }
+            }
+            Text {
+                text: tooltip.info.share ?? ""
+                font.pixelSize: 11
+                color: Style.secondary
+            }
+        }
+        Text {
+            visible: tooltip.info.isDirectory === true
+            text: tooltip.info.files ?? ""
+            font.pixelSize: 10
+            color: Style.secondary
+        }
+    }
+}

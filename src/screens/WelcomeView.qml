@@ -1,0 +1,125 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Tidewick
+
+// Before any scan: the mark, three ways to begin, and the reclaim of local
+// snapshots when there are any.
+Item {
+    id: welcome
+    property int localSnapshotCount: 0
+    property bool thinning: false
+    signal scanEntireMac()
+    signal scanHome()
+    signal pickFolder()
+    signal thinSnapshots()
+
+    ColumnLayout {
+        anchors.centerIn: parent
+        width: Math.min(parent.width - 80, implicitWidth)
+        spacing: 28
+
+        Image {
+            objectName: "logo"
+            Layout.alignment: Qt.AlignHCenter
+            Layout.preferredWidth: 160
+            Layout.preferredHeight: 160
+            fillMode: Image.PreserveAspectFit
+            smooth: true
+            mipmap: true
+            source: "qrc:/Tidewick/main_logo.png"
+            onStatusChanged: {
+                // Without the logo the application's icon stands in.
+                if (status === Image.Error && source !== "qrc:/Tidewick/app_icon.png")
+                    source = "qrc:/Tidewick/app_icon.png";
+            }
+        }
+
+        Column {
+            Layout.alignment: Qt.AlignHCenter
+            spacing: 8
+            Text {
+                anchors.horizontalCenter: parent.horizontalCenter
+                text: "Tidewick"
+                font.pixelSize: 34
+                font.weight: Font.DemiBold
+                color: Style.primary
+            }
+            Text {
+                anchors.horizontalCenter: parent.horizontalCenter
+                text: Loc.strings["welcome.title"]
+                font.pixelSize: 15
+                color: Style.secondary
+            }
+        }
+
+        Row {
+            Layout.alignment: Qt.AlignHCenter
+            spacing: 12
+            WelcomeButton {
+                objectName: "scanMacButton"
+                prominent: true
+                minimumWidth: 200
+                symbol: "internaldrive"
+                text: Loc.strings["welcome.scanMac"]
+                onClicked: welcome.scanEntireMac()
+            }
+            WelcomeButton {
+                objectName: "scanHomeButton"
+                minimumWidth: 200
+                symbol: "house"
+                text: Loc.strings["welcome.scanHome"]
+                onClicked: welcome.scanHome()
+            }
+            WelcomeButton {
+                objectName: "pickFolderButton"
+                minimumWidth: 160
+                symbol: "folder"
+                text: Loc.strings["welcome.pick"]
+                onClicked: welcome.pickFolder()
+            }
+        }
+        Shortcut {
+            sequence: "Ctrl+O"
+            onActivated: welcome.pickFolder()
+        }
+
+        Button {
+            id: reclaim
+            objectName: "reclaimButton"
+            Layout.alignment: Qt.AlignHCenter
+            visible: welcome.localSnapshotCount >= 1
+            enabled: !welcome.thinning
+            padding: 4
+            leftPadding: 10
+            rightPadding: 10
+            contentItem: Row {
+                spacing: 6
+                SymbolIcon {
+                    anchors.verticalCenter: parent.verticalCenter
+                    symbol: "clock.arrow.circlepath"
+                    tint: Style.primary
+                    size: 14
+                }
+                Text {
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: Loc.strings["welcome.thinSnapshots"].replace("%d", welcome.localSnapshotCount)
+                    font.pixelSize: 13
+                    color: Style.primary
+                }
+            }
+            ToolTip.visible: hovered
+            ToolTip.delay: 600
+            ToolTip.text: Loc.strings["welcome.thinSnapshots.help"]
+            onClicked: welcome.thinSnapshots()
+        }
+
+        Text {
+            Layout.alignment: Qt.AlignHCenter
+            text: Loc.strings["welcome.privacy"]
+            font.pixelSize: 11
+            color: Style.secondary
+            opacity: 0.7
+        }
+    }
+}

@@ -43,15 +43,15 @@ Dialog {
             Layout.fillWidth: true
             Layout.topMargin: 6
             spacing: 8
-            Button {
+            PushButton {
                 Layout.fillWidth: true
                 visible: alert.rejectText !== ""
                 text: alert.rejectText
                 onClicked: alert.reject()
             }
-            Button {
+            PushButton {
                 Layout.fillWidth: true
-                highlighted: true
+                prominent: true
                 text: alert.acceptText
                 onClicked: alert.accept()
             }

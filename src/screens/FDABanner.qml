@@ -45,7 +45,7 @@ Rectangle {
         Item {
             Layout.fillWidth: true
         }
-        Button {
+        PushButton {
             objectName: "bannerOpenSettings"
             text: Loc.strings["fda.openSettings"]
             font.pixelSize: 11

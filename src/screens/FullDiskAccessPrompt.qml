@@ -102,31 +102,30 @@ ColumnLayout {
         elide: Text.ElideMiddle
     }
 
-    RowLayout {
+    // Buttons keep to the trailing edge and wrap rather than widen the card.
+    Flow {
         Layout.fillWidth: true
         Layout.leftMargin: 20
         Layout.rightMargin: 20
         Layout.bottomMargin: 20
+        layoutDirection: Qt.RightToLeft
         spacing: 8
-        Item {
-            Layout.fillWidth: true
+        PushButton {
+            objectName: "fdaOpenSettings"
+            prominent: true
+            symbol: "gearshape"
+            text: Loc.strings["fda.openSettings"]
+            onClicked: prompt.openSettings()
         }
-        Button {
-            objectName: "fdaCancel"
-            text: Loc.strings["common.cancel"]
-            onClicked: prompt.cancel()
-        }
-        Button {
+        PushButton {
             objectName: "fdaContinue"
             text: Loc.strings["fda.continueAnyway"]
             onClicked: prompt.continueAnyway()
         }
-        Button {
-            objectName: "fdaOpenSettings"
-            highlighted: true
-            text: Loc.strings["fda.openSettings"]
-            icon.source: "image://symbol/gearshape/%23ffffff"
-            onClicked: prompt.openSettings()
+        PushButton {
+            objectName: "fdaCancel"
+            text: Loc.strings["common.cancel"]
+            onClicked: prompt.cancel()
         }
     }
     Shortcut {

@@ -27,16 +27,17 @@ Item {
         }
     }
 
+    // Shadow: black at 0.4, spread over 30 points, 14 points down.
     Repeater {
-        model: 5
+        model: 12
         Rectangle {
             required property int index
-            x: card.x - index * 6
-            y: card.y + 14 - index * 6 + 6
-            width: card.width + index * 12
-            height: card.height + index * 12
-            radius: 14 + index * 6
-            color: Qt.rgba(0, 0, 0, 0.4 / (6 * (index + 1)))
+            x: card.x - index * 2.5
+            y: card.y + 14 - index * 2.5
+            width: card.width + index * 5
+            height: card.height + index * 5
+            radius: 14 + index * 2.5
+            color: Qt.rgba(0, 0, 0, 0.4 / 24)
             scale: card.scale
         }
     }

@@ -54,7 +54,7 @@ Item {
                 elide: Text.ElideMiddle
             }
         }
-        Button {
+        PushButton {
             objectName: "cancelScanButton"
             anchors.horizontalCenter: parent.horizontalCenter
             text: Loc.strings["common.cancel"]

@@ -1,0 +1,541 @@
+// The window's screens, loaded offscreen and driven with real mouse events:
+// which screen stands for each mode and phase, the chart's hover, clicks and
+// menu, the details rows, the breadcrumb, the toolbar, the Full Disk Access
+// prompt and banner. Any QML warning fails the test that produced it.
+
+#include "TestFiles.h"
+#include "app/AppState.h"
+#include "app/DiskAccess.h"
+#include "chart/SunburstLayout.h"
+#include "localization/LocalizationManager.h"
+#include "platform/VolumeFacts.h"
+#include "platform/SymbolImages.h"
+#include "screens/ScreensSetup.h"
+#include "screens/SunburstPainter.h"
+
+#include <QPainter>
+
+#include <QDirIterator>
+#include <QRegularExpression>
+
+#include <QQmlExtensionPlugin>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickView>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+Q_IMPORT_QML_PLUGIN(TidewickPlugin)
+
+using namespace tw;
+using namespace tw::test;
+
+namespace {
+
+QStringList g_warnings;
+
+void recordWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg)
+        g_warnings.append(message);
+}
+
+constexpr qint64 kGB = 1000LL * 1000 * 1000;
+
+class FixedVolume : public VolumeFacts {
+public:
+    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override { return m_capacity; }
+    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::solidState; }
+    std::optional<VolumeInfo::Capacity> m_capacity = VolumeInfo::Capacity{500 * kGB, 400 * kGB, 400 * kGB};
+};
+
+class Access : public DiskAccess {
+public:
+    bool requiresFullDiskAccess(const QByteArray& path) const override { return path.endsWith("/protected"); }
+    bool hasFullDiskAccess() const override { return m_granted; }
+    bool m_granted = true;
+};
+
+// One window with its own AppState.
+struct Window {
+    explicit Window(const VolumeFacts& volumes, const DiskAccess& access)
+    {
+        AppState::Services services;
+        services.volumes = &volumes;
+        services.diskAccess = &access;
+        services.scannerOptions.workers = 1;
+        state = std::make_unique<AppState>(services);
+        installScreens(*view.engine());
+        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(state.get())}});
+        view.setResizeMode(QQuickView::SizeRootObjectToView);
+        view.resize(1080, 720);
+        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
+        view.show();
+    }
+    ~Window() { state->cancelScan(); }
+
+    // Searches the visual tree, which also holds what Repeaters and Loaders made.
+    static QQuickItem* findIn(QQuickItem* at, const QString& name)
+    {
+        if (at->objectName() == name)
+            return at;
+        for (QQuickItem* child : at->childItems()) {
+            if (QQuickItem* found = findIn(child, name))
+                return found;
+        }
+        return nullptr;
+    }
+    QQuickItem* item(const char* name) const
+    {
+        return findIn(view.contentItem(), QString::fromLatin1(name));
+    }
+    bool shows(const char* name) const
+    {
+        QQuickItem* found = item(name);
+        return found && found->isVisible();
+    }
+    bool scan(const QByteArray& path)
+    {
+        state->requestScan(path);
+        if (!QTest::qWaitFor([&] { return state->phase() == AppState::Phase::ready; }, 20000))
+            return false;
+        QTest::qWait(50); // the chart screen's first layout
+        return true;
+    }
+    // The scene point in the middle of the sector drawn for `node`.
+    QPoint pointOf(const FileNode* node) const
+    {
+        QQuickItem* chart = item("sunburst");
+        const std::vector<Segment> segments = buildSegments(state->focus().get(), chart->width(), chart->height());
+        const ChartGeometry g = chartGeometry(chart->width(), chart->height());
+        for (const Segment& s : segments) {
+            if (s.node == node) {
+                const double a = (s.startAngle + s.endAngle) / 2;
+                const double r = (s.innerRadius + s.outerRadius) / 2;
+                return chart->mapToScene(QPointF(g.centreX + r * std::sin(a), g.centreY - r * std::cos(a))).toPoint();
+            }
+        }
+        return {};
+    }
+    QPoint chartCentre() const
+    {
+        QQuickItem* chart = item("sunburst");
+        return chart->mapToScene(QPointF(chart->width() / 2, chart->height() / 2)).toPoint();
+    }
+    QPoint centreOf(const char* name) const
+    {
+        QQuickItem* found = item(name);
+        return found->mapToScene(QPointF(found->width() / 2, found->height() / 2)).toPoint();
+    }
+    // A pointer arrives: two moves, as the first into a window may not hover.
+    void moveTo(QPoint at)
+    {
+        QTest::mouseMove(&view, at + QPoint(1, 1));
+        QTest::mouseMove(&view, at);
+    }
+
+    std::unique_ptr<AppState> state;
+    QQuickView view;
+};
+
+FileNode* child(const FileNode& parent, const char* name)
+{
+    return const_cast<FileNode*>(childNamed(parent, name));
+}
+FileNode* child(const NodeRef& parent, const char* name)
+{
+    return child(*parent, name);
+}
+
+} // namespace
+
+class ScreensTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    FixedVolume m_volume;
+    Access m_access;
+    QByteArray m_tree;
+    QByteArray m_many;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QQuickStyle::setStyle(QStringLiteral("Fusion"));
+        LocalizationManager::shared().setCurrent(Language::english);
+        m_tree = QFile::encodeName(m_dir.path()) + "/home";
+        makeDir(m_tree);
+        makeDir(m_tree + "/docs");
+        makeDir(m_tree + "/docs/deep");
+        writeFile(m_tree + "/docs/deep/a", 400 * 1024);
+        writeFile(m_tree + "/docs/deep/b", 100 * 1024);
+        writeFile(m_tree + "/docs/report", 300 * 1024);
+        makeDir(m_tree + "/empty");
+        writeFile(m_tree + "/movie", 700 * 1024);
+        m_many = QFile::encodeName(m_dir.path()) + "/many";
+        makeDir(m_many);
+        for (int i = 0; i < 5000; ++i)
+            writeFile(m_many + "/f" + QByteArray::number(i), 4096 * (1 + i % 3));
+    }
+
+    void init()
+    {
+        g_warnings.clear();
+        qInstallMessageHandler(recordWarnings);
+    }
+
+    void cleanup()
+    {
+        qInstallMessageHandler(nullptr);
+        if (!g_warnings.isEmpty())
+            QFAIL(qPrintable(QStringLiteral("QML warnings:\n") + g_warnings.join(u'\n')));
+    }
+
+    void screenFollowsModeAndPhase()
+    {
+        Window w(m_volume, m_access);
+        QVERIFY(w.shows("welcomeScreen"));
+        QVERIFY(!w.shows("progressScreen"));
+        QVERIFY(!w.item("toolbar"));
+        // No snapshots: no reclaim button.
+        QVERIFY(!w.shows("reclaimButton"));
+
+        QVERIFY(w.scan(m_tree));
+        QVERIFY(!w.shows("welcomeScreen"));
+        QVERIFY(w.shows("toolbar"));
+        QVERIFY(w.shows("sunburst"));
+
+        // Applications mode: no toolbar, breadcrumb or banner, whatever the phase.
+        w.state->setNeedsFullDiskAccess(true);
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("segment_mode.apps"));
+        QCOMPARE(w.state->mode(), AppState::Mode::apps);
+        QVERIFY(w.shows("appsScreen"));
+        QVERIFY(!w.item("toolbar") || !w.item("toolbar")->isVisible());
+        QVERIFY(!w.item("breadcrumb") || !w.item("breadcrumb")->isVisible());
+        QVERIFY(!w.item("fdaBanner") || !w.item("fdaBanner")->isVisible());
+
+        // A scan started before the switch goes on behind the applications screen.
+        w.state->setMode(AppState::Mode::folder);
+        w.state->requestScan(m_many);
+        w.state->setMode(AppState::Mode::apps);
+        QVERIFY(!w.shows("progressScreen"));
+        QVERIFY(QTest::qWaitFor([&] { return w.state->phase() == AppState::Phase::ready; }, 20000));
+        QCOMPARE(w.state->root()->displayName(), QStringLiteral("many"));
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("segment_mode.folder"));
+        QTest::qWait(50);
+        QVERIFY(w.shows("toolbar"));
+
+        // New scan: back to the welcome screen.
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("newScanButton"));
+        QCOMPARE(w.state->phase(), AppState::Phase::welcome);
+        QVERIFY(w.shows("welcomeScreen"));
+        QVERIFY(!w.state->hasTree());
+    }
+
+    void chartHoverClickAndMenu()
+    {
+        Window w(m_volume, m_access);
+        QVERIFY(w.scan(m_tree));
+        const NodeRef root = w.state->root();
+        FileNode* docs = child(root, "docs");
+        FileNode* movie = child(root, "movie");
+        FileNode* deep = child(*docs, "deep");
+
+        // Hovering a folder names it in the tooltip, with four lines.
+        w.moveTo(w.pointOf(docs));
+        QCOMPARE(w.state->hovered().get(), docs);
+        QVERIFY(QTest::qWaitFor([&] { return w.item("tooltip")->opacity() == 1.0; }, 2000));
+        const auto visibleLines = [&] {
+            int lines = 0;
+            for (QQuickItem* line : w.item("tooltipLines")->childItems())
+                lines += line->isVisible() ? 1 : 0;
+            return lines;
+        };
+        QCOMPARE(visibleLines(), 4);
+        // A file: three lines.
+        w.moveTo(w.pointOf(movie));
+        QCOMPARE(w.state->hovered().get(), movie);
+        QCOMPARE(visibleLines(), 3);
+
+        // Clicking a file or the hub does nothing.
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.pointOf(movie));
+        QCOMPARE(w.state->focus().get(), root.get());
+        w.moveTo(w.chartCentre());
+        QVERIFY(!w.state->hovered());
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.chartCentre());
+        QCOMPARE(w.state->focus().get(), root.get());
+
+        // The menu comes from the hover: nothing hovered, no menu.
+        auto* menu = w.view.rootObject()->findChild<QObject*>(QStringLiteral("chartMenu"));
+        QVERIFY(menu);
+        QTest::mouseClick(&w.view, Qt::RightButton, {}, w.chartCentre());
+        QVERIFY(!menu->property("visible").toBool());
+        // A file: reveal and trash, no "Open here".
+        w.moveTo(w.pointOf(movie));
+        QTest::mouseClick(&w.view, Qt::RightButton, {}, w.pointOf(movie));
+        QVERIFY(QTest::qWaitFor([&] { return menu->property("visible").toBool(); }, 2000));
+        const auto openItemVisible = [&] {
+            QQuickItem* open = nullptr;
+            QMetaObject::invokeMethod(menu, "itemAt", Q_RETURN_ARG(QQuickItem*, open), Q_ARG(int, 1));
+            return open && open->isVisible();
+        };
+        QVERIFY(!openItemVisible());
+        // "Move to Trash…" asks about the hovered file.
+        QQuickItem* trashItem = nullptr;
+        QMetaObject::invokeMethod(menu, "itemAt", Q_RETURN_ARG(QQuickItem*, trashItem), Q_ARG(int, 3));
+        QVERIFY(trashItem);
+        QMetaObject::invokeMethod(trashItem, "triggered");
+        QCOMPARE(w.state->deleteCandidate().get(), movie);
+        w.state->cancelDelete();
+        QMetaObject::invokeMethod(menu, "close");
+        QVERIFY(QTest::qWaitFor([&] { return !menu->property("visible").toBool(); }, 2000));
+        // A folder with children: "Open here" too.
+        w.moveTo(w.pointOf(docs));
+        QTest::mouseClick(&w.view, Qt::RightButton, {}, w.pointOf(docs));
+        QVERIFY(QTest::qWaitFor([&] { return menu->property("visible").toBool(); }, 2000));
+        QVERIFY(openItemVisible());
+        QMetaObject::invokeMethod(menu, "close");
+        QVERIFY(QTest::qWaitFor([&] { return !menu->property("visible").toBool(); }, 2000));
+
+        // A click on a folder drills in; Up comes back and is disabled at the root.
+        QVERIFY(w.item("upButton")->property("enabled").toBool() == false);
+        w.moveTo(w.pointOf(docs));
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.pointOf(docs));
+        QCOMPARE(w.state->focus().get(), docs);
+        QVERIFY(w.item("upButton")->property("enabled").toBool());
+        w.moveTo(w.pointOf(deep));
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.pointOf(deep));
+        QCOMPARE(w.state->focus().get(), deep);
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("upButton"));
+        QCOMPARE(w.state->focus().get(), docs);
+
+        // Leaving the chart clears the hover.
+        w.moveTo(w.pointOf(child(*docs, "report")));
+        QVERIFY(w.state->hovered());
+        QTest::mouseMove(&w.view, QPoint(1070, 700));
+        QTest::qWait(20);
+        QVERIFY(!w.state->hovered() || w.state->hovered().get() != child(*docs, "report"));
+    }
+
+    void breadcrumbFollowsTheFocus()
+    {
+        Window w(m_volume, m_access);
+        QVERIFY(w.scan(m_tree));
+        QQuickItem* crumbs = w.item("breadcrumb");
+        // At the root: a single element, in bold, without a chevron.
+        QVariantList model = crumbs->property("screen").value<QObject*>()->property("crumbs").toList();
+        QCOMPARE(model.size(), 1);
+        QVERIFY(model[0].toMap()[QStringLiteral("isFocus")].toBool());
+
+        FileNode* docs = child(w.state->root(), "docs");
+        QVERIFY(w.state->focusOn(w.state->root().sibling(child(*docs, "deep"))));
+        model = crumbs->property("screen").value<QObject*>()->property("crumbs").toList();
+        QCOMPARE(model.size(), 3);
+        QCOMPARE(model[1].toMap()[QStringLiteral("label")].toString(), QStringLiteral("docs"));
+        QVERIFY(!model[1].toMap()[QStringLiteral("isFocus")].toBool());
+        // Clicking the root's element goes there.
+        QTest::qWait(20);
+        std::function<QQuickItem*(QQuickItem*)> firstButton = [&](QQuickItem* at) -> QQuickItem* {
+            if (at->inherits("QQuickAbstractButton"))
+                return at;
+            for (QQuickItem* child : at->childItems()) {
+                if (QQuickItem* found = firstButton(child))
+                    return found;
+            }
+            return nullptr;
+        };
+        QQuickItem* first = firstButton(crumbs);
+        QVERIFY(first);
+        QTest::mouseClick(&w.view, Qt::LeftButton, {},
+                          first->mapToScene(QPointF(first->width() / 2, first->height() / 2)).toPoint());
+        QCOMPARE(w.state->focus().get(), w.state->root().get());
+    }
+
+    void detailsRows()
+    {
+        Window w(m_volume, m_access);
+        QVERIFY(w.scan(m_tree));
+        auto* list = qobject_cast<QQuickItem*>(w.item("largestList"));
+        QCOMPARE(list->property("count").toInt(), 3);
+
+        // Straight from one row to the next: the second stays highlighted.
+        QTest::qWait(20);
+        QList<QQuickItem*> rows;
+        for (QQuickItem* item : list->property("contentItem").value<QQuickItem*>()->childItems()) {
+            if (item->property("isHovered").isValid())
+                rows.append(item);
+        }
+        std::sort(rows.begin(), rows.end(), [](QQuickItem* a, QQuickItem* b) { return a->y() < b->y(); });
+        QCOMPARE(rows.size(), 3);
+        const auto centre = [](QQuickItem* row) {
+            return row->mapToScene(QPointF(row->width() / 2, row->height() / 2)).toPoint();
+        };
+        w.moveTo(centre(rows[0]));
+        QCOMPARE(w.state->hovered().get(), child(w.state->root(), "docs"));
+        QTest::mouseMove(&w.view, centre(rows[1]));
+        QCOMPARE(w.state->hovered().get(), child(w.state->root(), "movie"));
+        QVERIFY(rows[1]->property("isHovered").toBool());
+        QVERIFY(!rows[0]->property("isHovered").toBool());
+
+        // Double-clicking a file or an empty folder does nothing; a folder opens.
+        QTest::mouseDClick(&w.view, Qt::LeftButton, {}, centre(rows[1]));
+        QCOMPARE(w.state->focus().get(), w.state->root().get());
+        QTest::mouseDClick(&w.view, Qt::LeftButton, {}, centre(rows[2]));
+        QCOMPARE(w.state->focus().get(), w.state->root().get());
+        QTest::mouseDClick(&w.view, Qt::LeftButton, {}, centre(rows[0]));
+        QCOMPARE(w.state->focus().get(), child(w.state->root(), "docs"));
+
+        // Five thousand children: twelve rows.
+        QVERIFY(w.scan(m_many));
+        QTest::qWait(20);
+        QCOMPARE(qobject_cast<QQuickItem*>(w.item("largestList"))->property("count").toInt(), 12);
+    }
+
+    void toolbarFigures()
+    {
+        // 43 MB on a disk with 100 GB used: no "info.circle"; the capacity shows.
+        Window w(m_volume, m_access);
+        QVERIFY(w.scan(m_tree));
+        QVERIFY(!w.shows("infoSymbol"));
+        QVERIFY(w.shows("capacityText"));
+        QCOMPARE(w.item("capacityText")->property("text").toString(), QStringLiteral("400 GB / 500 GB"));
+
+        // A disk whose used space is below the files' sum: the symbol shows.
+        FixedVolume tiny;
+        tiny.m_capacity = VolumeInfo::Capacity{10 * 1000 * 1000, 9 * 1000 * 1000, 9'900'000};
+        Window small(tiny, m_access);
+        QVERIFY(small.scan(m_tree));
+        QVERIFY(small.shows("infoSymbol"));
+
+        // No capacity: only the file sizes.
+        FixedVolume unknown;
+        unknown.m_capacity.reset();
+        Window none(unknown, m_access);
+        QVERIFY(none.scan(m_tree));
+        QVERIFY(!none.shows("capacityText"));
+        QVERIFY(!none.shows("infoSymbol"));
+    }
+
+    void fullDiskAccessPromptAndBanner()
+    {
+        Access missing;
+        missing.m_granted = false;
+        const QByteArray protectedPath = QFile::encodeName(m_dir.path()) + "/protected";
+        QDir().mkpath(QFile::decodeName(protectedPath));
+        writeFile(protectedPath + "/file", 8192);
+
+        Window w(m_volume, missing);
+        w.state->requestScan(protectedPath);
+        QVERIFY(QTest::qWaitFor([&] { return w.shows("fdaPromptCard") && w.item("fdaPromptCard")->opacity() == 1; }, 2000));
+        QCOMPARE(w.state->phase(), AppState::Phase::welcome);
+        // Cancel: no scan.
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("fdaCancel"));
+        QVERIFY(!w.state->fdaPromptForURL());
+        QCOMPARE(w.state->phase(), AppState::Phase::welcome);
+        QVERIFY(QTest::qWaitFor([&] { return !w.shows("fdaPromptCard"); }, 2000));
+
+        // Continue without access: the scan runs.
+        w.state->requestScan(protectedPath);
+        QVERIFY(QTest::qWaitFor([&] { return w.item("fdaPromptCard")->opacity() == 1; }, 2000));
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("fdaContinue"));
+        QVERIFY(QTest::qWaitFor([&] { return w.state->phase() == AppState::Phase::ready; }, 20000));
+
+        // The banner stands while the flag is up; dismissing clears it.
+        QTest::qWait(50);
+        w.state->setNeedsFullDiskAccess(true);
+        QVERIFY(w.shows("fdaBanner"));
+        QVERIFY(QTest::qWaitFor([&] { return !w.shows("fdaPromptCard"); }, 2000)); // the dimming has gone
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("bannerDismiss"));
+        QVERIFY(!w.state->needsFullDiskAccess());
+        QVERIFY(!w.shows("fdaBanner"));
+    }
+
+    void fadeFollowsTheMouse()
+    {
+        Window w(m_volume, m_access);
+        QVERIFY(w.scan(m_tree));
+        const NodeRef root = w.state->root();
+        FileNode* docs = child(root, "docs");
+        FileNode* deep = child(*docs, "deep");
+        const std::vector<Segment> segments = buildSegments(root.get(), 800, 600);
+        const ChartGeometry g = chartGeometry(800, 600);
+        const auto segmentOf = [&](const FileNode* node) {
+            return std::find_if(segments.begin(), segments.end(), [&](const Segment& s) { return s.node == node; });
+        };
+        const auto alphaAt = [&](const QImage& image, const FileNode* node) {
+            const auto s = segmentOf(node);
+            const double a = (s->startAngle + s->endAngle) / 2;
+            const double r = (s->innerRadius + s->outerRadius) / 2;
+            return qAlpha(image.pixel(int(g.centreX + r * std::sin(a)), int(g.centreY - r * std::cos(a))));
+        };
+        const auto paint = [&](const Segment* hit) {
+            QImage image(800, 600, QImage::Format_ARGB32_Premultiplied);
+            image.fill(Qt::transparent);
+            QPainter painter(&image);
+            paintSunburst(painter, g, segments, hit, Qt::white);
+            return image;
+        };
+        // No hit: nothing fades.
+        const QImage plain = paint(nullptr);
+        for (const FileNode* node : {docs, deep, child(*deep, "a"), child(root, "movie")})
+            QCOMPARE(alphaAt(plain, node), 255);
+        // On "deep": it and its ancestor stay bright; its sibling, its own
+        // children and the other branch fade.
+        const QImage faded = paint(&*segmentOf(deep));
+        QCOMPARE(alphaAt(faded, deep), 255);
+        QCOMPARE(alphaAt(faded, docs), 255);
+        for (const FileNode* node : {child(*docs, "report"), child(*deep, "a"), child(root, "movie")})
+            QVERIFY2(std::abs(alphaAt(faded, node) - 89) <= 3, qPrintable(node->displayName()));
+    }
+
+    void everySymbolOfTheScreensShows()
+    {
+        // Every symbol name the screens use has a picture that is not empty.
+        const QRegularExpression line(QStringLiteral("symbol:\\s*(.*)$"), QRegularExpression::MultilineOption);
+        const QRegularExpression literal(QStringLiteral("\"([a-z.]+)\""));
+        QSet<QString> names;
+        QDirIterator files(QStringLiteral(":/Tidewick"), {QStringLiteral("*.qml")});
+        while (files.hasNext()) {
+            QFile file(files.next());
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QString text = QString::fromUtf8(file.readAll());
+            for (const auto& match : line.globalMatch(text)) {
+                for (const auto& name : literal.globalMatch(match.captured(1)))
+                    names.insert(name.captured(1));
+            }
+            for (const auto& match : QRegularExpression(QStringLiteral("image://symbol/([a-z.]+)")).globalMatch(text))
+                names.insert(match.captured(1));
+        }
+        QVERIFY(names.size() >= 15);
+        for (const QString& name : names) {
+            const QImage image = renderSymbol(name, QSize(16, 16), Qt::black);
+            QVERIFY2(!image.isNull(), qPrintable(name));
+            int inked = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    inked += qAlpha(image.pixel(x, y)) > 128 ? 1 : 0;
+            QVERIFY2(inked >= 8, qPrintable(name));
+        }
+        QVERIFY(renderSymbol(QStringLiteral("no.such.symbol"), QSize(16, 16), Qt::black).isNull());
+    }
+
+    void progressScreenTexts()
+    {
+        Window w(m_volume, m_access);
+        w.state->requestScan(m_many);
+        QVERIFY(w.shows("progressScreen"));
+        const QString counts = w.item("progressCounts")->property("text").toString();
+        QVERIFY2(counts.endsWith(QStringLiteral(" items")), qPrintable(counts));
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("cancelScanButton"));
+        QCOMPARE(w.state->phase(), AppState::Phase::welcome);
+        QVERIFY(w.shows("welcomeScreen"));
+    }
+};
+
+QTEST_MAIN(ScreensTest)
+#include "tst_screens.moc"

@@ -3,8 +3,9 @@
 #include "scan/FileNode.h"
 
 #include <QPainter>
-#include <QPainterPath>
+#include <QPolygonF>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -12,24 +13,29 @@ namespace tw {
 
 namespace {
 constexpr double kFadedOpacity = 0.35;
-constexpr double kDegreesPerRadian = 180.0 / std::numbers::pi;
 
-// Chart angles run clockwise from twelve o'clock; Qt's arcs run
-// anticlockwise from three o'clock.
-QPainterPath sectorPath(const ChartGeometry& g, const Segment& s)
+// The outline of a sector: the outer arc from start to end, a line in to the
+// inner arc, the inner arc back, closed. Arcs are drawn as polylines whose
+// chords stray at most a tenth of a point from the true circle: the same
+// picture as curves, at a fraction of the cost with thousands of sectors.
+void addArc(QPolygonF& outline, const ChartGeometry& g, double radius, double from, double to)
 {
-    const double sweep = (s.endAngle - s.startAngle) * kDegreesPerRadian;
-    const double startQt = 90.0 - s.startAngle * kDegreesPerRadian;
-    const double endQt = 90.0 - s.endAngle * kDegreesPerRadian;
-    const QRectF outer(g.centreX - s.outerRadius, g.centreY - s.outerRadius, 2 * s.outerRadius, 2 * s.outerRadius);
-    const QRectF inner(g.centreX - s.innerRadius, g.centreY - s.innerRadius, 2 * s.innerRadius, 2 * s.innerRadius);
-    QPainterPath path;
-    path.moveTo(g.centreX + s.outerRadius * std::sin(s.startAngle), g.centreY - s.outerRadius * std::cos(s.startAngle));
-    path.arcTo(outer, startQt, -sweep);
-    path.lineTo(g.centreX + s.innerRadius * std::sin(s.endAngle), g.centreY - s.innerRadius * std::cos(s.endAngle));
-    path.arcTo(inner, endQt, sweep);
-    path.closeSubpath();
-    return path;
+    constexpr double kMaxDeviation = 0.1;
+    const double step =
+        radius > kMaxDeviation ? 2 * std::acos(1 - kMaxDeviation / radius) : std::numbers::pi / 2;
+    const int pieces = std::max(1, int(std::ceil(std::abs(to - from) / step)));
+    for (int i = 0; i <= pieces; ++i) {
+        const double a = from + (to - from) * i / pieces;
+        outline.append(QPointF(g.centreX + radius * std::sin(a), g.centreY - radius * std::cos(a)));
+    }
+}
+
+QPolygonF sectorOutline(const ChartGeometry& g, const Segment& s)
+{
+    QPolygonF outline;
+    addArc(outline, g, s.outerRadius, s.startAngle, s.endAngle);
+    addArc(outline, g, s.innerRadius, s.endAngle, s.startAngle);
+    return outline;
 }
 
 bool isAncestorOf(const FileNode* candidate, const FileNode* node)
@@ -46,10 +52,16 @@ void paintSunburst(QPainter& painter, const ChartGeometry& geometry, const std::
                    const Segment* hit, const QColor& hubColor)
 {
     painter.setRenderHint(QPainter::Antialiasing, true);
+    // Strokes are cosmetic pens of the same width in device pixels: the
+    // general stroker costs several times more per sector, which matters
+    // with thousands of thin sectors redrawn on each mouse movement.
+    const double scale = std::max(painter.deviceTransform().m11(), 1e-6);
     QColor thinStroke(Qt::white);
     thinStroke.setAlphaF(0.35F);
-    const QPen thinPen(thinStroke, 0.8);
-    const QPen hitPen(Qt::white, 2.2);
+    QPen thinPen(thinStroke, 0.8 * scale);
+    thinPen.setCosmetic(true);
+    QPen hitPen(Qt::white, 2.2 * scale);
+    hitPen.setCosmetic(true);
     const FileNode* hitNode = hit ? hit->node : nullptr;
 
     for (const Segment& segment : segments) {
@@ -59,11 +71,16 @@ void paintSunburst(QPainter& painter, const ChartGeometry& geometry, const std::
         QColor fill = QColor::fromHsvF(float(segment.colorHue), float(shade.saturation), float(shade.brightness));
         if (!bright)
             fill.setAlphaF(float(kFadedOpacity));
-        const QPainterPath path = sectorPath(geometry, segment);
-        painter.fillPath(path, fill);
-        painter.strokePath(path, thinPen);
-        if (isHit)
-            painter.strokePath(path, hitPen);
+        const QPolygonF outline = sectorOutline(geometry, segment);
+        // Filled, then stroked thin; the hit once more in bold.
+        painter.setBrush(fill);
+        painter.setPen(thinPen);
+        painter.drawPolygon(outline);
+        if (isHit) {
+            painter.setBrush(Qt::NoBrush);
+            painter.setPen(hitPen);
+            painter.drawPolygon(outline);
+        }
     }
 
     QColor hubFill = hubColor;

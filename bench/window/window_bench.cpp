@@ -1,0 +1,127 @@
+// Two measurements of the window, offscreen:
+//
+//   window_bench startup         time from process start to the first frame
+//                                of the welcome screen (the app's own setup:
+//                                style, engine, Main.qml)
+//   window_bench frames TREE [N] scans TREE with N workers while the window
+//                                shows the progress screen, and reports the
+//                                gaps between frames (the GUI thread must
+//                                never stall for long)
+
+#include "app/AppState.h"
+#include "screens/ScreensSetup.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QGuiApplication>
+#include <QQmlApplicationEngine>
+#include <QQmlExtensionPlugin>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <vector>
+
+#include <unistd.h>
+
+Q_IMPORT_QML_PLUGIN(TidewickPlugin)
+
+namespace {
+
+// Seconds since boot at which this process started, from /proc.
+double processStartSeconds()
+{
+    QFile stat(QStringLiteral("/proc/self/stat"));
+    if (!stat.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray line = stat.readAll();
+    // Fields after the command name's closing parenthesis; starttime is field 22.
+    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+    return fields.size() > 19 ? fields[19].toDouble() / double(sysconf(_SC_CLK_TCK)) : -1;
+}
+
+double nowSinceBoot()
+{
+    timespec ts{};
+    clock_gettime(CLOCK_BOOTTIME, &ts);
+    return double(ts.tv_sec) + double(ts.tv_nsec) / 1e9;
+}
+
+QQuickWindow* loadWindow(QQmlApplicationEngine& engine, tw::AppState& state)
+{
+    tw::installScreens(engine);
+    engine.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)}});
+    engine.load(QUrl(QStringLiteral("qrc:/Tidewick/Main.qml")));
+    return engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine.rootObjects().first());
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QQuickStyle::setStyle(QStringLiteral("Fusion"));
+    const QStringList args = QCoreApplication::arguments();
+    if (args.size() < 2) {
+        std::fputs("usage: window_bench startup | frames TREE [WORKERS]\n", stderr);
+        return 2;
+    }
+
+    if (args[1] == QLatin1String("startup")) {
+        tw::AppState state;
+        QQmlApplicationEngine engine;
+        QQuickWindow* window = loadWindow(engine, state);
+        if (!window)
+            return 1;
+        QObject::connect(window, &QQuickWindow::frameSwapped, &app, [&] {
+            std::printf("first frame %.0f ms after process start\n", (nowSinceBoot() - processStartSeconds()) * 1000);
+            QCoreApplication::quit();
+        });
+        return QGuiApplication::exec();
+    }
+
+    if (args[1] == QLatin1String("frames") && args.size() >= 3) {
+        tw::AppState::Services services;
+        services.scannerOptions.workers = args.size() > 3 ? args[3].toInt() : 0;
+        tw::AppState state(services);
+        QQmlApplicationEngine engine;
+        QQuickWindow* window = loadWindow(engine, state);
+        if (!window)
+            return 1;
+        using Clock = std::chrono::steady_clock;
+        std::vector<double> gapsMs;
+        Clock::time_point last{};
+        QObject::connect(window, &QQuickWindow::frameSwapped, &app, [&] {
+            // Only gaps between two frames of the progress screen count: an
+            // idle window before the scan draws nothing and is not a stall.
+            const auto now = Clock::now();
+            const bool scanning = state.phase() == tw::AppState::Phase::scanning;
+            if (scanning && last != Clock::time_point{})
+                gapsMs.push_back(std::chrono::duration<double, std::milli>(now - last).count());
+            last = scanning ? now : Clock::time_point{};
+        });
+        const auto started = Clock::now();
+        QTimer::singleShot(200, &app, [&] { state.requestScan(QFile::encodeName(args[2])); });
+        QObject::connect(&state, &tw::AppState::phaseChanged, &app, [&] {
+            if (state.phase() == tw::AppState::Phase::ready)
+                QTimer::singleShot(100, &app, &QCoreApplication::quit);
+        });
+        QGuiApplication::exec();
+        if (gapsMs.empty())
+            return 1;
+        std::vector<double> sorted = gapsMs;
+        std::sort(sorted.begin(), sorted.end());
+        const auto over = std::count_if(gapsMs.begin(), gapsMs.end(), [](double gap) { return gap > 50; });
+        std::printf("scan of %s: %.2f s, %zu frames while scanning, gap median %.1f ms, p99 %.1f ms, max %.1f ms, "
+                    "%ld gaps over 50 ms\n",
+                    qPrintable(args[2]), std::chrono::duration<double>(Clock::now() - started).count(), gapsMs.size(),
+                    sorted[sorted.size() / 2], sorted[sorted.size() * 99 / 100], sorted.back(), long(over));
+        return 0;
+    }
+    return 2;
+}

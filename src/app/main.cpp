@@ -1,11 +1,14 @@
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
+#include "platform/WindowChrome.h"
 #include "screens/ScreensSetup.h"
 
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQmlExtensionPlugin>
 #include <QQuickStyle>
+#include <QQuickWindow>
+#include <QScreen>
 #include <QUrl>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
@@ -33,5 +36,13 @@ int main(int argc, char* argv[])
         [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
     // Qt 6.4 has no loadFromModule: load the root file by its resource URL.
     engine.load(QUrl(QStringLiteral("qrc:/Tidewick/Main.qml")));
+    if (!engine.rootObjects().isEmpty()) {
+        if (auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().first())) {
+            window->setProperty("leadingInset", tw::applyWindowChrome(*window));
+            // Centred on its screen at the smallest size the layout allows.
+            window->setPosition(window->screen()->availableGeometry().center() - window->frameGeometry().center() +
+                                window->position());
+        }
+    }
     return QGuiApplication::exec();
 }

@@ -9,6 +9,7 @@ import Tidewick
 Item {
     id: content
     required property AppState appState
+    property int leadingInset: 0
 
     ScreensModel {
         id: screensModel
@@ -22,7 +23,7 @@ Item {
         RowLayout {
             objectName: "modeBar"
             Layout.fillWidth: true
-            Layout.leftMargin: 18
+            Layout.leftMargin: 18 + content.leadingInset
             Layout.rightMargin: 18
             Layout.topMargin: 10
             Layout.bottomMargin: 10

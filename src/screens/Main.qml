@@ -6,6 +6,8 @@ import Tidewick
 Window {
     id: window
     required property AppState appState
+    // Room the platform's window buttons need at the top row's leading edge.
+    property int leadingInset: 0
 
     width: 1080
     height: 720
@@ -13,10 +15,12 @@ Window {
     minimumHeight: 720
     visible: true
     title: "Tidewick"
-    color: Style.windowBackground
+    // Transparent where the platform draws its own background behind us.
+    color: leadingInset > 0 ? "transparent" : Style.windowBackground
 
     ContentView {
         anchors.fill: parent
         appState: window.appState
+        leadingInset: window.leadingInset
     }
 }

@@ -10,6 +10,7 @@
 #include <QString>
 #include <QUuid>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -56,6 +57,9 @@ public:
         const DiskAccess* diskAccess = nullptr; // the system's if null
         Scanner::Options scannerOptions;        // e.g. a forced worker count
         FileReveal* reveal = nullptr;           // the system's file manager if null
+        // Moves one item to the Trash; answers the failure's message, or
+        // nothing on success. Runs on a worker thread. The system's Trash if empty.
+        std::function<std::optional<QString>(const QByteArray& path)> recycle;
     };
 
     explicit AppState(QObject* parent = nullptr);
@@ -122,6 +126,10 @@ public:
     // The chart's and the list's "Move to Trash…": opens the delete dialog.
     void setDeleteCandidate(const NodeRef& node);
     Q_INVOKABLE void cancelDelete() { setDeleteCandidate({}); }
+    // The delete dialog's confirmation: moves the candidate to the Trash off
+    // the GUI thread; on success the tree loses it at once, on failure the
+    // error alert shows and nothing changes.
+    Q_INVOKABLE void confirmDelete();
     void setErrorMessage(std::optional<QString> message);
     // The error alert's "OK".
     Q_INVOKABLE void clearErrorMessage() { setErrorMessage(std::nullopt); }
@@ -148,6 +156,8 @@ Q_SIGNALS:
     void volumeCapacityChanged();
     void modeChanged();
     void deleteCandidateChanged();
+    // A confirmed deletion finished, either way (for the window and tests).
+    void deletionFinished(bool succeeded);
     void errorMessageChanged();
     void snapshotsChanged();
 
@@ -161,6 +171,7 @@ private:
     void setRefreshing(bool refreshing);
     void setVolumeCapacity(std::optional<VolumeInfo::Capacity> capacity);
     void setFdaPrompt(std::optional<QByteArray> path);
+    void itemDeleted(const NodeRef& node, qint64 size, bool isDirectory);
 
     Services m_services;
 

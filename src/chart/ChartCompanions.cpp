@@ -10,7 +10,8 @@ namespace tw {
 
 QString fileCountText(qint64 count)
 {
-    return QString::number(count) + (count == 1 ? QStringLiteral(" file") : QStringLiteral(" files"));
+    return QString::number(count) +
+           (count == 1 ? QStringLiteral(" file") : QStringLiteral(" files"));
 }
 
 TooltipText tooltipText(const FileNode& node, qint64 parentSize)
@@ -47,7 +48,8 @@ LargestChildrenModel::LargestChildrenModel(QObject* parent) : QAbstractListModel
             &LargestChildrenModel::rebuild);
 }
 
-LargestChildrenModel::LargestChildrenModel(AppState& state, QObject* parent) : LargestChildrenModel(parent)
+LargestChildrenModel::LargestChildrenModel(AppState& state, QObject* parent)
+    : LargestChildrenModel(parent)
 {
     setState(&state);
 }
@@ -109,7 +111,8 @@ QVariant LargestChildrenModel::data(const QModelIndex& index, int role) const
     case SizeTextRole:
         return formatBytes(node.size());
     case ShareTextRole:
-        return percentText(double(node.size()), double(m_state && m_state->focus() ? m_state->focus()->size() : 0));
+        return percentText(double(node.size()),
+                           double(m_state && m_state->focus() ? m_state->focus()->size() : 0));
     case CanDrillInRole:
         return node.isDirectory() && node.hasChildren();
     case IsHoveredRole:
@@ -121,8 +124,12 @@ QVariant LargestChildrenModel::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> LargestChildrenModel::roleNames() const
 {
-    return {{NameRole, "name"},         {IsDirectoryRole, "isDirectory"}, {SizeTextRole, "sizeText"},
-            {ShareTextRole, "shareText"}, {CanDrillInRole, "canDrillIn"}, {IsHoveredRole, "isHovered"}};
+    return {{NameRole, "name"},
+            {IsDirectoryRole, "isDirectory"},
+            {SizeTextRole, "sizeText"},
+            {ShareTextRole, "shareText"},
+            {CanDrillInRole, "canDrillIn"},
+            {IsHoveredRole, "isHovered"}};
 }
 
 NodeRef LargestChildrenModel::nodeAt(int row) const

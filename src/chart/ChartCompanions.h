@@ -9,7 +9,6 @@
 #include <QAbstractListModel>
 #include <QPointer>
 #include <QString>
-
 #include <vector>
 
 namespace tw {

@@ -12,19 +12,22 @@ namespace tw {
 ToolbarFigures toolbarFigures(qint64 focusSize, const std::optional<VolumeInfo::Capacity>& capacity)
 {
     ToolbarFigures figures;
-    figures.fileSizes = fillText(LocalizationManager::shared().string(QStringLiteral("toolbar.fileSizes")),
-                                 formatBytes(focusSize));
+    figures.fileSizes =
+        fillText(LocalizationManager::shared().string(QStringLiteral("toolbar.fileSizes")),
+                 formatBytes(focusSize));
     if (capacity) {
         const qint64 used = std::max<qint64>(capacity->total - capacity->rawFree, 0);
         figures.showsInfo = used < focusSize;
-        figures.capacity = formatBytes(capacity->free) + QStringLiteral(" / ") + formatBytes(capacity->total);
+        figures.capacity =
+            formatBytes(capacity->free) + QStringLiteral(" / ") + formatBytes(capacity->total);
     }
     return figures;
 }
 
 ChartScreenModel::ChartScreenModel(QObject* parent) : QObject(parent)
 {
-    connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this, &ChartScreenModel::changed);
+    connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this,
+            &ChartScreenModel::changed);
 }
 
 void ChartScreenModel::setState(AppState* state)
@@ -35,8 +38,8 @@ void ChartScreenModel::setState(AppState* state)
         disconnect(m_state, nullptr, this, nullptr);
     m_state = state;
     if (m_state) {
-        for (auto signal : {&AppState::focusChanged, &AppState::rootChanged, &AppState::hoveredChanged,
-                            &AppState::volumeCapacityChanged})
+        for (auto signal : {&AppState::focusChanged, &AppState::rootChanged,
+                            &AppState::hoveredChanged, &AppState::volumeCapacityChanged})
             connect(m_state, signal, this, &ChartScreenModel::changed);
         connect(m_state, &QObject::destroyed, this, &ChartScreenModel::changed);
     }
@@ -99,10 +102,12 @@ QVariantMap ChartScreenModel::tooltip() const
 {
     if (!hasTooltip())
         return {};
-    const TooltipText text = tooltipText(*m_state->hovered(), hasFocus() ? m_state->focus()->size() : 0);
-    return {{QStringLiteral("name"), text.name},   {QStringLiteral("path"), text.path},
-            {QStringLiteral("size"), text.size},   {QStringLiteral("share"), text.share},
-            {QStringLiteral("files"), text.files}, {QStringLiteral("isDirectory"), text.isDirectory}};
+    const TooltipText text =
+        tooltipText(*m_state->hovered(), hasFocus() ? m_state->focus()->size() : 0);
+    return {
+        {QStringLiteral("name"), text.name},   {QStringLiteral("path"), text.path},
+        {QStringLiteral("size"), text.size},   {QStringLiteral("share"), text.share},
+        {QStringLiteral("files"), text.files}, {QStringLiteral("isDirectory"), text.isDirectory}};
 }
 
 ToolbarFigures ChartScreenModel::figures() const

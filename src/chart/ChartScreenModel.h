@@ -12,7 +12,6 @@
 #include <QString>
 #include <QVariantList>
 #include <QVariantMap>
-
 #include <optional>
 
 namespace tw {
@@ -28,7 +27,8 @@ struct ToolbarFigures {
     bool showsInfo = false;
     QString capacity;
 };
-[[nodiscard]] ToolbarFigures toolbarFigures(qint64 focusSize, const std::optional<VolumeInfo::Capacity>& capacity);
+[[nodiscard]] ToolbarFigures toolbarFigures(qint64 focusSize,
+                                            const std::optional<VolumeInfo::Capacity>& capacity);
 
 class ChartScreenModel : public QObject {
     Q_OBJECT

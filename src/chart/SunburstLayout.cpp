@@ -26,7 +26,10 @@ struct Placed {
 
 class Layout {
 public:
-    Layout(const ChartGeometry& geometry, std::vector<Segment>& out) : m_geometry(geometry), m_out(out) {}
+    Layout(const ChartGeometry& geometry, std::vector<Segment>& out)
+        : m_geometry(geometry), m_out(out)
+    {
+    }
 
     void run(const FileNode& node, qint64 ring, double startAngle, double endAngle, double hue)
     {
@@ -71,8 +74,8 @@ public:
             const Placed entry = placed[i];
             const double from = angle;
             angle += span * entry.fraction;
-            m_out.push_back(Segment{nextId(), entry.node, ring, from, angle, innerRadius, outerRadius, ring + 1,
-                                    entry.hue});
+            m_out.push_back(Segment{nextId(), entry.node, ring, from, angle, innerRadius,
+                                    outerRadius, ring + 1, entry.hue});
             if (entry.node->isDirectory() && entry.node->hasChildren())
                 run(*entry.node, ring + 1, from, angle, entry.hue);
         }
@@ -116,7 +119,8 @@ const Segment* segmentAt(double dx, double dy, const std::vector<Segment>& segme
         angle += kFullCircle;
     const Segment* result = nullptr;
     for (const Segment& s : segments) {
-        if (s.innerRadius <= radius && radius <= s.outerRadius && s.startAngle <= angle && angle <= s.endAngle) {
+        if (s.innerRadius <= radius && radius <= s.outerRadius && s.startAngle <= angle &&
+            angle <= s.endAngle) {
             if (!result || s.ring > result->ring)
                 result = &s;
         }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QtGlobal>
-
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -22,8 +21,8 @@ struct Segment {
     double endAngle = 0;
     double innerRadius = 0;
     double outerRadius = 0;
-    qint64 depth = 1;         // ring + 1
-    double colorHue = 0;      // 0 up to 1; set on ring 0, inherited outward
+    qint64 depth = 1;    // ring + 1
+    double colorHue = 0; // 0 up to 1; set on ring 0, inherited outward
 };
 
 // The chart's frame for a view of the given size, in points.
@@ -46,7 +45,8 @@ inline constexpr double kFullCircle = 6.283185307179586;
 // The sectors of `focus` in a view of width × height points, depth first:
 // each sector comes just before the sectors of its children. Empty when the
 // focus is null or has no bytes. Reads sizes and children; changes nothing.
-[[nodiscard]] std::vector<Segment> buildSegments(const FileNode* focus, double width, double height);
+[[nodiscard]] std::vector<Segment> buildSegments(const FileNode* focus, double width,
+                                                 double height);
 
 // The one hit test. (dx, dy) is relative to the chart's centre, y down. All
 // four bounds are inclusive; at a ring boundary the outer ring wins, between

@@ -65,7 +65,8 @@ ColumnLayout {
         }
         Shortcut {
             sequence: "Ctrl+R"
-            enabled: refreshButton.enabled
+            // Not behind a dialog: the dialog's subject belongs to this tree.
+            enabled: refreshButton.enabled && !chartScreen.appState.hasDeleteCandidate
             onActivated: chartScreen.appState.refresh()
         }
         Row {

@@ -100,6 +100,16 @@ Item {
         }
     }
 
+    ModalCard {
+        objectName: "deleteCard"
+        shown: content.appState.hasDeleteCandidate
+        DeleteConfirmDialog {
+            facts: screensModel.deleteFacts
+            onCancel: content.appState.cancelDelete()
+            onConfirm: content.appState.confirmDelete()
+        }
+    }
+
     FolderDialog {
         id: folderDialog
         title: Loc.strings["panel.message"]

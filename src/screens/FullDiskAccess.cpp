@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-
 #include <array>
 
 namespace tw {
@@ -13,7 +12,8 @@ bool requiresFullDiskAccess(const QByteArray& path, const QByteArray& home)
 {
     if (path == "/" || path == home || path.startsWith(QByteArray(home + "/Library")))
         return true;
-    static constexpr std::array<const char*, 5> kSystemTrees = {"/Library", "/System", "/private", "/usr", "/var"};
+    static constexpr std::array<const char*, 5> kSystemTrees = {"/Library", "/System", "/private",
+                                                                "/usr", "/var"};
     for (const char* prefix : kSystemTrees)
         if (path.startsWith(prefix))
             return true;
@@ -50,14 +50,16 @@ QUrl settingsUrl(const char* primary, const char* fallback)
 
 QUrl fullDiskAccessSettingsUrl()
 {
-    return settingsUrl("x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AllFiles",
-                       "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles");
+    return settingsUrl(
+        "x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AllFiles",
+        "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles");
 }
 
 QUrl appManagementSettingsUrl()
 {
-    return settingsUrl("x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AppBundles",
-                       "x-apple.systempreferences:com.apple.preference.security?Privacy_AppBundles");
+    return settingsUrl(
+        "x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AppBundles",
+        "x-apple.systempreferences:com.apple.preference.security?Privacy_AppBundles");
 }
 
 SystemDiskAccess::SystemDiskAccess() : m_home(QFile::encodeName(QDir::homePath())) {}

@@ -128,11 +128,14 @@ ColumnLayout {
             onClicked: prompt.cancel()
         }
     }
+    // Keys act only while the prompt is up.
     Shortcut {
+        enabled: prompt.visible
         sequence: StandardKey.Cancel
         onActivated: prompt.cancel()
     }
     Shortcut {
+        enabled: prompt.visible
         sequences: ["Return", "Enter"]
         onActivated: prompt.openSettings()
     }

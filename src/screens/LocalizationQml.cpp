@@ -7,7 +7,8 @@ namespace tw {
 
 LocalizationQml::LocalizationQml(QObject* parent) : QObject(parent)
 {
-    connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this, &LocalizationQml::changed);
+    connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this,
+            &LocalizationQml::changed);
 }
 
 int LocalizationQml::current() const

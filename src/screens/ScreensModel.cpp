@@ -7,15 +7,15 @@
 
 #include <QDir>
 #include <QFile>
-
 #include <cmath>
 
 namespace tw {
 
 QString progressCountsText(const ScanProgress& progress)
 {
-    return formatBytes(progress.bytesScanned) + QStringLiteral(" • ") + QString::number(progress.filesScanned) +
-           u' ' + LocalizationManager::shared().string(QStringLiteral("apps.itemMany"));
+    return formatBytes(progress.bytesScanned) + QStringLiteral(" • ") +
+           QString::number(progress.filesScanned) + u' ' +
+           LocalizationManager::shared().string(QStringLiteral("apps.itemMany"));
 }
 
 QString progressRateText(const ScanProgress& progress)
@@ -30,6 +30,7 @@ ScreensModel::ScreensModel(QObject* parent) : QObject(parent)
     connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this, [this] {
         Q_EMIT progressChanged();
         Q_EMIT fdaChanged();
+        Q_EMIT deleteChanged();
     });
 }
 
@@ -43,10 +44,12 @@ void ScreensModel::setState(AppState* state)
     if (m_state) {
         connect(m_state, &AppState::progressChanged, this, &ScreensModel::progressChanged);
         connect(m_state, &AppState::fdaPromptForURLChanged, this, &ScreensModel::fdaChanged);
+        connect(m_state, &AppState::deleteCandidateChanged, this, &ScreensModel::deleteChanged);
     }
     Q_EMIT stateChanged();
     Q_EMIT progressChanged();
     Q_EMIT fdaChanged();
+    Q_EMIT deleteChanged();
 }
 
 QString ScreensModel::progressCounts() const
@@ -68,7 +71,8 @@ QString ScreensModel::fdaPathLabel() const
 {
     if (!m_state || !m_state->fdaPromptForURL())
         return {};
-    return fillText(LocalizationManager::shared().string(QStringLiteral("fda.pathLabel")), m_state->fdaPromptPath());
+    return fillText(LocalizationManager::shared().string(QStringLiteral("fda.pathLabel")),
+                    m_state->fdaPromptPath());
 }
 
 QString ScreensModel::homePath() const
@@ -79,6 +83,19 @@ QString ScreensModel::homePath() const
 QUrl ScreensModel::fullDiskAccessSettingsUrl() const
 {
     return tw::fullDiskAccessSettingsUrl();
+}
+
+QVariantMap ScreensModel::deleteFacts() const
+{
+    if (!m_state || !m_state->deleteCandidate())
+        return {};
+    const FileNode& node = *m_state->deleteCandidate();
+    return {{QStringLiteral("name"), node.displayName()},
+            {QStringLiteral("path"), node.displayPath()},
+            {QStringLiteral("size"), formatBytes(node.size())},
+            {QStringLiteral("isDirectory"), node.isDirectory()},
+            {QStringLiteral("files"),
+             node.isDirectory() ? QString::number(node.fileCount()) : QString()}};
 }
 
 void ScreensModel::scanPickedFolder(const QUrl& folder) const

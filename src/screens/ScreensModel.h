@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QString>
 #include <QUrl>
+#include <QVariantMap>
 
 namespace tw {
 
@@ -30,6 +31,9 @@ class ScreensModel : public QObject {
     Q_PROPERTY(QString progressPath READ progressPath NOTIFY progressChanged)
     Q_PROPERTY(QString fdaPathLabel READ fdaPathLabel NOTIFY fdaChanged)
     Q_PROPERTY(QString homePath READ homePath CONSTANT)
+    // The delete dialog's facts about AppState's deleteCandidate: name, path,
+    // size, and for a folder the file count (plain digits); empty otherwise.
+    Q_PROPERTY(QVariantMap deleteFacts READ deleteFacts NOTIFY deleteChanged)
     // Opened by the views (Qt.openUrlExternally); the core opens nothing.
     Q_PROPERTY(QUrl fullDiskAccessSettingsUrl READ fullDiskAccessSettingsUrl CONSTANT)
 
@@ -47,6 +51,7 @@ public:
     [[nodiscard]] QString homePath() const;
 
     [[nodiscard]] QUrl fullDiskAccessSettingsUrl() const;
+    [[nodiscard]] QVariantMap deleteFacts() const;
     // A folder from the picker (a file URL): raises nothing yet, scans it
     // through the Full Disk Access gate.
     Q_INVOKABLE void scanPickedFolder(const QUrl& folder) const;
@@ -55,6 +60,7 @@ Q_SIGNALS:
     void stateChanged();
     void progressChanged();
     void fdaChanged();
+    void deleteChanged();
 
 private:
     QPointer<AppState> m_state;

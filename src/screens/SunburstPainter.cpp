@@ -4,7 +4,6 @@
 
 #include <QPainter>
 #include <QPolygonF>
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -48,8 +47,8 @@ bool isAncestorOf(const FileNode* candidate, const FileNode* node)
 }
 } // namespace
 
-void paintSunburst(QPainter& painter, const ChartGeometry& geometry, const std::vector<Segment>& segments,
-                   const Segment* hit, const QColor& hubColor)
+void paintSunburst(QPainter& painter, const ChartGeometry& geometry,
+                   const std::vector<Segment>& segments, const Segment* hit, const QColor& hubColor)
 {
     painter.setRenderHint(QPainter::Antialiasing, true);
     // Strokes are cosmetic pens of the same width in device pixels: the
@@ -68,7 +67,8 @@ void paintSunburst(QPainter& painter, const ChartGeometry& geometry, const std::
         const bool isHit = hitNode && segment.node == hitNode;
         const bool bright = !hitNode || isHit || isAncestorOf(segment.node, hitNode);
         const Shade shade = shadeForRing(segment.ring);
-        QColor fill = QColor::fromHsvF(float(segment.colorHue), float(shade.saturation), float(shade.brightness));
+        QColor fill = QColor::fromHsvF(float(segment.colorHue), float(shade.saturation),
+                                       float(shade.brightness));
         if (!bright)
             fill.setAlphaF(float(kFadedOpacity));
         const QPolygonF outline = sectorOutline(geometry, segment);
@@ -89,7 +89,8 @@ void paintSunburst(QPainter& painter, const ChartGeometry& geometry, const std::
     hubStroke.setAlphaF(0.15F);
     painter.setPen(QPen(hubStroke, 1.0));
     painter.setBrush(hubFill);
-    painter.drawEllipse(QPointF(geometry.centreX, geometry.centreY), geometry.hubRadius, geometry.hubRadius);
+    painter.drawEllipse(QPointF(geometry.centreX, geometry.centreY), geometry.hubRadius,
+                        geometry.hubRadius);
 }
 
 } // namespace tw

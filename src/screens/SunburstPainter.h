@@ -3,7 +3,6 @@
 #include "chart/SunburstLayout.h"
 
 #include <QColor>
-
 #include <vector>
 
 class QPainter;
@@ -14,7 +13,8 @@ namespace tw {
 // stroke, the hit's bold stroke), then the hub. With a `hit`, all but the hit
 // sector and its ancestors fade to 0.35. Shared by SunburstView and the chart
 // benchmark so the benchmark measures the real thing.
-void paintSunburst(QPainter& painter, const ChartGeometry& geometry, const std::vector<Segment>& segments,
-                   const Segment* hit, const QColor& hubColor);
+void paintSunburst(QPainter& painter, const ChartGeometry& geometry,
+                   const std::vector<Segment>& segments, const Segment* hit,
+                   const QColor& hubColor);
 
 } // namespace tw

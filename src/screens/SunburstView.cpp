@@ -52,7 +52,8 @@ void SunburstView::paint(QPainter* painter)
     const std::vector<Segment> segments = buildSegments(focus, width(), height());
     const Segment* hit = nullptr;
     if (m_mouseLocation)
-        hit = segmentAt(m_mouseLocation->x() - geometry.centreX, m_mouseLocation->y() - geometry.centreY, segments);
+        hit = segmentAt(m_mouseLocation->x() - geometry.centreX,
+                        m_mouseLocation->y() - geometry.centreY, segments);
     paintSunburst(*painter, geometry, segments, hit, m_hubColor);
 }
 
@@ -63,7 +64,8 @@ void SunburstView::moveMouse(const QPointF& location)
         const ChartGeometry geometry = chartGeometry(width(), height());
         const NodeRef& focus = m_state->focus();
         const std::vector<Segment> segments = buildSegments(focus.get(), width(), height());
-        const Segment* hit = segmentAt(location.x() - geometry.centreX, location.y() - geometry.centreY, segments);
+        const Segment* hit =
+            segmentAt(location.x() - geometry.centreX, location.y() - geometry.centreY, segments);
         m_state->setHovered(hit ? focus.sibling(hit->node) : NodeRef());
     }
     update();
@@ -111,10 +113,11 @@ void SunburstView::click()
     const ChartGeometry geometry = chartGeometry(width(), height());
     const NodeRef& focus = m_state->focus();
     const std::vector<Segment> segments = buildSegments(focus.get(), width(), height());
-    const Segment* hit =
-        segmentAt(m_mouseLocation->x() - geometry.centreX, m_mouseLocation->y() - geometry.centreY, segments);
+    const Segment* hit = segmentAt(m_mouseLocation->x() - geometry.centreX,
+                                   m_mouseLocation->y() - geometry.centreY, segments);
     if (hit)
-        m_state->focusOn(focus.sibling(hit->node)); // the guarded change refuses files and empty folders
+        m_state->focusOn(
+            focus.sibling(hit->node)); // the guarded change refuses files and empty folders
 }
 
 void SunburstView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry)

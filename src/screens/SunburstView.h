@@ -4,7 +4,6 @@
 #include <QPointF>
 #include <QPointer>
 #include <QQuickPaintedItem>
-
 #include <optional>
 
 namespace tw {

@@ -19,7 +19,8 @@ QImage SymbolImageProvider::requestImage(const QString& id, QSize* size, const Q
         if (given.isValid())
             color = given;
     }
-    const QSize wanted = requestedSize.isValid() && !requestedSize.isEmpty() ? requestedSize : QSize(16, 16);
+    const QSize wanted =
+        requestedSize.isValid() && !requestedSize.isEmpty() ? requestedSize : QSize(16, 16);
     QImage image = renderSymbol(name, wanted, color);
     if (size)
         *size = image.size();

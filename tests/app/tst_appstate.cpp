@@ -10,8 +10,10 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 
 using namespace tw;
 using namespace tw::test;
@@ -25,13 +27,19 @@ public:
         ++calls;
         return VolumeInfo::Capacity{1000, 400 + calls, 300};
     }
-    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::unknown; }
+    VolumeInfo::Medium medium(const QByteArray&) const override
+    {
+        return VolumeInfo::Medium::unknown;
+    }
     mutable std::atomic<int> calls{0};
 };
 
 class FakeAccess final : public DiskAccess {
 public:
-    bool requiresFullDiskAccess(const QByteArray& path) const override { return path == "/" || path == protectedPath; }
+    bool requiresFullDiskAccess(const QByteArray& path) const override
+    {
+        return path == "/" || path == protectedPath;
+    }
     bool hasFullDiskAccess() const override { return granted; }
     QByteArray protectedPath;
     bool granted = false;
@@ -332,6 +340,88 @@ private Q_SLOTS:
         QVERIFY(state.goUp());
         QCOMPARE(state.focus(), state.root());
         QCOMPARE(focusMoves.count(), 4);
+    }
+
+    void deletionTakesTheItemOutOfTheTree()
+    {
+        const QByteArray root = makeTree("delete");
+        const QByteArray bin = base() + "/delete-bin";
+        makeDir(bin);
+        std::atomic<bool> offGuiThread{true};
+        QThread* gui = QThread::currentThread();
+        // A stand-in Trash that really moves the item, and notes where it ran.
+        AppState::Services s = services();
+        s.recycle = [&, bin](const QByteArray& path) -> std::optional<QString> {
+            if (QThread::currentThread() == gui)
+                offGuiThread = false;
+            const QByteArray target = bin + "/" + path.mid(path.lastIndexOf('/') + 1);
+            if (::rename(path.constData(), target.constData()) != 0)
+                return QString::fromLocal8Bit(std::strerror(errno));
+            return std::nullopt;
+        };
+        AppState state(s);
+        state.requestScan(root);
+        QVERIFY(waitReady(state));
+        QSignalSpy finished(&state, &AppState::deletionFinished);
+        {
+            ScanTree& tree = *state.root().tree();
+            const NodeRef f0 = state.root().sibling(tree.find(root + "/f0"));
+            const NodeRef data = state.root().sibling(tree.find(root + "/f0/sub/data"));
+            const NodeRef sub = state.root().sibling(tree.find(root + "/f0/sub"));
+            const qint64 rootBefore = state.root()->size();
+            const qint64 f0Before = f0->size();
+            const qint64 dataSize = data->size();
+            const qint64 filesBefore = state.root()->fileCount();
+            QVERIFY(state.focusOn(sub));
+            state.setHovered(data);
+
+            // Deleting a file deep down: every ancestor shrinks, the chart redraws.
+            QSignalSpy redraws(&state, &AppState::rootChanged);
+            state.setDeleteCandidate(data);
+            state.confirmDelete();
+            QVERIFY(!state.hasDeleteCandidate());
+            QVERIFY(finished.wait(5000));
+            QVERIFY(finished.first().first().toBool());
+            QVERIFY(offGuiThread);
+            QCOMPARE(redraws.count(), 1);
+            QCOMPARE(state.root()->size(), rootBefore - dataSize);
+            QCOMPARE(f0->size(), f0Before - dataSize);
+            QCOMPARE(state.root()->fileCount(), filesBefore - 1);
+            QVERIFY(!state.hovered());
+            QVERIFY(QFile::exists(QFile::decodeName(bin + "/data")));
+
+            // Deleting the focused folder moves the focus to its parent.
+            state.setDeleteCandidate(sub);
+            state.confirmDelete();
+            QVERIFY(finished.wait(5000));
+            QCOMPARE(state.focus(), f0);
+            QCOMPARE(state.phase(), AppState::Phase::ready);
+
+            // A failure changes nothing and shows the error.
+            const NodeRef x = state.root().sibling(tree.find(root + "/f1/x"));
+            const qint64 beforeFailure = state.root()->size();
+            const QByteArray away = base() + "/delete-away";
+            QCOMPARE(::rename(x->path().constData(), away.constData()), 0);
+            state.setDeleteCandidate(x);
+            state.confirmDelete();
+            QVERIFY(finished.wait(5000));
+            QVERIFY(!finished.last().first().toBool());
+            QCOMPARE(state.errorMessage(), QStringLiteral("No such file or directory"));
+            QCOMPARE(state.root()->size(), beforeFailure);
+            state.clearErrorMessage();
+            QVERIFY(!state.hasErrorMessage());
+        } // the test lets go of its handles into the tree
+
+        // Deleting the root returns to the welcome screen and lets the tree go.
+        const std::weak_ptr<ScanTree> held = state.root().tree();
+        state.setDeleteCandidate(state.root());
+        state.confirmDelete();
+        QVERIFY(finished.wait(5000));
+        QCOMPARE(state.phase(), AppState::Phase::welcome);
+        QVERIFY(!state.hasTree());
+        QVERIFY(!state.focus());
+        QVERIFY(held.expired());
+        QVERIFY(QFile::exists(QFile::decodeName(bin + "/delete")));
     }
 
     void revealGoesToTheFileManager()

@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QFile>
 #include <QtTest>
-
 #include <set>
 #include <vector>
 
@@ -74,11 +73,13 @@ private Q_SLOTS:
 
         // Existing but closed folders are passed over; one readable one is enough.
         probe.asked.clear();
-        probe.existing = {"/Users/ann/Library/Mail", "/Users/ann/Library/Safari", "/Users/ann/Library/Messages"};
+        probe.existing = {"/Users/ann/Library/Mail", "/Users/ann/Library/Safari",
+                          "/Users/ann/Library/Messages"};
         probe.listable = {"/Users/ann/Library/Safari"};
         QVERIFY(hasFullDiskAccess("/Users/ann", probe));
-        const std::vector<QByteArray> expected = {"/Users/ann/Library/Mail", "/Users/ann/Library/Mail",
-                                                  "/Users/ann/Library/Safari", "/Users/ann/Library/Safari"};
+        const std::vector<QByteArray> expected = {
+            "/Users/ann/Library/Mail", "/Users/ann/Library/Mail", "/Users/ann/Library/Safari",
+            "/Users/ann/Library/Safari"};
         QCOMPARE(probe.asked, expected); // the later probes are not read
 
         // The TCC folder that exists but cannot be listed: no access.
@@ -106,9 +107,11 @@ private Q_SLOTS:
     void settingsAddresses()
     {
         QCOMPARE(fullDiskAccessSettingsUrl().toString(),
-                 QStringLiteral("x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AllFiles"));
+                 QStringLiteral("x-apple.systempreferences:com.apple.settings.PrivacySecurity."
+                                "extension?Privacy_AllFiles"));
         QCOMPARE(appManagementSettingsUrl().toString(),
-                 QStringLiteral("x-apple.systempreferences:com.apple.settings.PrivacySecurity.extension?Privacy_AppBundles"));
+                 QStringLiteral("x-apple.systempreferences:com.apple.settings.PrivacySecurity."
+                                "extension?Privacy_AppBundles"));
     }
 };
 

@@ -8,24 +8,21 @@
 #include "app/DiskAccess.h"
 #include "chart/SunburstLayout.h"
 #include "localization/LocalizationManager.h"
-#include "platform/VolumeFacts.h"
 #include "platform/SymbolImages.h"
+#include "platform/VolumeFacts.h"
 #include "screens/ScreensSetup.h"
 #include "screens/SunburstPainter.h"
 
-#include <QPainter>
-
 #include <QDirIterator>
-#include <QRegularExpression>
-
+#include <QPainter>
 #include <QQmlExtensionPlugin>
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickView>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
-
 #include <memory>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
@@ -47,23 +44,35 @@ constexpr qint64 kGB = 1000LL * 1000 * 1000;
 
 class FixedVolume : public VolumeFacts {
 public:
-    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override { return m_capacity; }
-    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::solidState; }
-    std::optional<VolumeInfo::Capacity> m_capacity = VolumeInfo::Capacity{500 * kGB, 400 * kGB, 400 * kGB};
+    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
+    {
+        return m_capacity;
+    }
+    VolumeInfo::Medium medium(const QByteArray&) const override
+    {
+        return VolumeInfo::Medium::solidState;
+    }
+    std::optional<VolumeInfo::Capacity> m_capacity =
+        VolumeInfo::Capacity{500 * kGB, 400 * kGB, 400 * kGB};
 };
 
 class Access : public DiskAccess {
 public:
-    bool requiresFullDiskAccess(const QByteArray& path) const override { return path.endsWith("/protected"); }
+    bool requiresFullDiskAccess(const QByteArray& path) const override
+    {
+        return path.endsWith("/protected");
+    }
     bool hasFullDiskAccess() const override { return m_granted; }
     bool m_granted = true;
 };
 
 // One window with its own AppState.
 struct Window {
-    explicit Window(const VolumeFacts& volumes, const DiskAccess& access)
+    explicit Window(const VolumeFacts& volumes, const DiskAccess& access,
+                    std::function<std::optional<QString>(const QByteArray&)> recycle = {})
     {
         AppState::Services services;
+        services.recycle = std::move(recycle);
         services.volumes = &volumes;
         services.diskAccess = &access;
         services.scannerOptions.workers = 1;
@@ -109,13 +118,16 @@ struct Window {
     QPoint pointOf(const FileNode* node) const
     {
         QQuickItem* chart = item("sunburst");
-        const std::vector<Segment> segments = buildSegments(state->focus().get(), chart->width(), chart->height());
+        const std::vector<Segment> segments =
+            buildSegments(state->focus().get(), chart->width(), chart->height());
         const ChartGeometry g = chartGeometry(chart->width(), chart->height());
         for (const Segment& s : segments) {
             if (s.node == node) {
                 const double a = (s.startAngle + s.endAngle) / 2;
                 const double r = (s.innerRadius + s.outerRadius) / 2;
-                return chart->mapToScene(QPointF(g.centreX + r * std::sin(a), g.centreY - r * std::cos(a))).toPoint();
+                return chart
+                    ->mapToScene(QPointF(g.centreX + r * std::sin(a), g.centreY - r * std::cos(a)))
+                    .toPoint();
             }
         }
         return {};
@@ -281,13 +293,15 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitFor([&] { return menu->property("visible").toBool(); }, 2000));
         const auto openItemVisible = [&] {
             QQuickItem* open = nullptr;
-            QMetaObject::invokeMethod(menu, "itemAt", Q_RETURN_ARG(QQuickItem*, open), Q_ARG(int, 1));
+            QMetaObject::invokeMethod(menu, "itemAt", Q_RETURN_ARG(QQuickItem*, open),
+                                      Q_ARG(int, 1));
             return open && open->isVisible();
         };
         QVERIFY(!openItemVisible());
         // "Move to Trash…" asks about the hovered file.
         QQuickItem* trashItem = nullptr;
-        QMetaObject::invokeMethod(menu, "itemAt", Q_RETURN_ARG(QQuickItem*, trashItem), Q_ARG(int, 3));
+        QMetaObject::invokeMethod(menu, "itemAt", Q_RETURN_ARG(QQuickItem*, trashItem),
+                                  Q_ARG(int, 3));
         QVERIFY(trashItem);
         QMetaObject::invokeMethod(trashItem, "triggered");
         QCOMPARE(w.state->deleteCandidate().get(), movie);
@@ -328,7 +342,8 @@ private Q_SLOTS:
         QVERIFY(w.scan(m_tree));
         QQuickItem* crumbs = w.item("breadcrumb");
         // At the root: a single element, in bold, without a chevron.
-        QVariantList model = crumbs->property("screen").value<QObject*>()->property("crumbs").toList();
+        QVariantList model =
+            crumbs->property("screen").value<QObject*>()->property("crumbs").toList();
         QCOMPARE(model.size(), 1);
         QVERIFY(model[0].toMap()[QStringLiteral("isFocus")].toBool());
 
@@ -351,8 +366,9 @@ private Q_SLOTS:
         };
         QQuickItem* first = firstButton(crumbs);
         QVERIFY(first);
-        QTest::mouseClick(&w.view, Qt::LeftButton, {},
-                          first->mapToScene(QPointF(first->width() / 2, first->height() / 2)).toPoint());
+        QTest::mouseClick(
+            &w.view, Qt::LeftButton, {},
+            first->mapToScene(QPointF(first->width() / 2, first->height() / 2)).toPoint());
         QCOMPARE(w.state->focus().get(), w.state->root().get());
     }
 
@@ -370,7 +386,8 @@ private Q_SLOTS:
             if (item->property("isHovered").isValid())
                 rows.append(item);
         }
-        std::sort(rows.begin(), rows.end(), [](QQuickItem* a, QQuickItem* b) { return a->y() < b->y(); });
+        std::sort(rows.begin(), rows.end(),
+                  [](QQuickItem* a, QQuickItem* b) { return a->y() < b->y(); });
         QCOMPARE(rows.size(), 3);
         const auto centre = [](QQuickItem* row) {
             return row->mapToScene(QPointF(row->width() / 2, row->height() / 2)).toPoint();
@@ -403,7 +420,8 @@ private Q_SLOTS:
         QVERIFY(w.scan(m_tree));
         QVERIFY(!w.shows("infoSymbol"));
         QVERIFY(w.shows("capacityText"));
-        QCOMPARE(w.item("capacityText")->property("text").toString(), QStringLiteral("400 GB / 500 GB"));
+        QCOMPARE(w.item("capacityText")->property("text").toString(),
+                 QStringLiteral("400 GB / 500 GB"));
 
         // A disk whose used space is below the files' sum: the symbol shows.
         FixedVolume tiny;
@@ -431,7 +449,9 @@ private Q_SLOTS:
 
         Window w(m_volume, missing);
         w.state->requestScan(protectedPath);
-        QVERIFY(QTest::qWaitFor([&] { return w.shows("fdaPromptCard") && w.item("fdaPromptCard")->opacity() == 1; }, 2000));
+        QVERIFY(QTest::qWaitFor(
+            [&] { return w.shows("fdaPromptCard") && w.item("fdaPromptCard")->opacity() == 1; },
+            2000));
         QCOMPARE(w.state->phase(), AppState::Phase::welcome);
         // Cancel: no scan.
         QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("fdaCancel"));
@@ -449,7 +469,8 @@ private Q_SLOTS:
         QTest::qWait(50);
         w.state->setNeedsFullDiskAccess(true);
         QVERIFY(w.shows("fdaBanner"));
-        QVERIFY(QTest::qWaitFor([&] { return !w.shows("fdaPromptCard"); }, 2000)); // the dimming has gone
+        QVERIFY(QTest::qWaitFor([&] { return !w.shows("fdaPromptCard"); },
+                                2000)); // the dimming has gone
         QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("bannerDismiss"));
         QVERIFY(!w.state->needsFullDiskAccess());
         QVERIFY(!w.shows("fdaBanner"));
@@ -465,13 +486,15 @@ private Q_SLOTS:
         const std::vector<Segment> segments = buildSegments(root.get(), 800, 600);
         const ChartGeometry g = chartGeometry(800, 600);
         const auto segmentOf = [&](const FileNode* node) {
-            return std::find_if(segments.begin(), segments.end(), [&](const Segment& s) { return s.node == node; });
+            return std::find_if(segments.begin(), segments.end(),
+                                [&](const Segment& s) { return s.node == node; });
         };
         const auto alphaAt = [&](const QImage& image, const FileNode* node) {
             const auto s = segmentOf(node);
             const double a = (s->startAngle + s->endAngle) / 2;
             const double r = (s->innerRadius + s->outerRadius) / 2;
-            return qAlpha(image.pixel(int(g.centreX + r * std::sin(a)), int(g.centreY - r * std::cos(a))));
+            return qAlpha(
+                image.pixel(int(g.centreX + r * std::sin(a)), int(g.centreY - r * std::cos(a))));
         };
         const auto paint = [&](const Segment* hit) {
             QImage image(800, 600, QImage::Format_ARGB32_Premultiplied);
@@ -489,14 +512,92 @@ private Q_SLOTS:
         const QImage faded = paint(&*segmentOf(deep));
         QCOMPARE(alphaAt(faded, deep), 255);
         QCOMPARE(alphaAt(faded, docs), 255);
-        for (const FileNode* node : {child(*docs, "report"), child(*deep, "a"), child(root, "movie")})
+        for (const FileNode* node :
+             {child(*docs, "report"), child(*deep, "a"), child(root, "movie")})
             QVERIFY2(std::abs(alphaAt(faded, node) - 89) <= 3, qPrintable(node->displayName()));
+    }
+
+    void deleteDialog()
+    {
+        // A stand-in Trash: a real move into a folder of the test's.
+        const QByteArray root = QFile::encodeName(m_dir.path()) + "/deleting";
+        const QByteArray bin = QFile::encodeName(m_dir.path()) + "/deleting-bin";
+        makeDir(root);
+        makeDir(bin);
+        makeDir(root + "/empty");
+        makeDir(root + "/full");
+        writeFile(root + "/full/one", 40960);
+        writeFile(root + "/file", 8192);
+        Window w(m_volume, m_access, [bin](const QByteArray& path) -> std::optional<QString> {
+            const QByteArray target = bin + path.mid(path.lastIndexOf('/'));
+            if (::rename(path.constData(), target.constData()) != 0)
+                return QStringLiteral("Operation not permitted");
+            return std::nullopt;
+        });
+        QVERIFY(w.scan(root));
+        const auto rowsShown = [&] {
+            int rows = 0;
+            for (QQuickItem* row : w.item("deleteFacts")->childItems())
+                rows += row->isVisible() && row->property("modelData").isValid() ? 1 : 0;
+            return rows;
+        };
+        const auto openFor = [&](const char* name) {
+            w.state->setDeleteCandidate(w.state->root().sibling(child(w.state->root(), name)));
+            return QTest::qWaitFor([&] { return w.item("deleteCard")->opacity() == 1; }, 2000);
+        };
+
+        // A file: three facts and the file's sentence.
+        QVERIFY(openFor("file"));
+        QCOMPARE(rowsShown(), 3);
+        QCOMPARE(w.item("deleteBody")->property("text").toString(),
+                 QStringLiteral("The file will be moved to the Finder Trash."));
+        // Escape leaves everything as it was.
+        const qint64 before = w.state->root()->size();
+        QTest::keyClick(&w.view, Qt::Key_Escape);
+        QVERIFY(!w.state->hasDeleteCandidate());
+        QCOMPARE(w.state->root()->size(), before);
+        QVERIFY(QTest::qWaitFor([&] { return !w.shows("deleteCard"); }, 2000));
+
+        // An empty folder: four facts, "0" files.
+        QVERIFY(openFor("empty"));
+        QCOMPARE(rowsShown(), 4);
+        QCOMPARE(w.item("deleteBody")->property("text").toString(),
+                 QStringLiteral(
+                     "The folder and all of its contents will be moved to the Finder Trash."));
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("deleteCancel"));
+        QVERIFY(!w.state->hasDeleteCandidate());
+        QVERIFY(QTest::qWaitFor([&] { return !w.shows("deleteCard"); }, 2000));
+
+        // Return confirms: the folder goes, the totals shrink at once.
+        QSignalSpy finished(w.state.get(), &AppState::deletionFinished);
+        QVERIFY(openFor("full"));
+        const qint64 fullSize = child(w.state->root(), "full")->size();
+        QTest::keyClick(&w.view, Qt::Key_Return);
+        QVERIFY(finished.wait(5000));
+        QCOMPARE(w.state->root()->size(), before - fullSize);
+        QVERIFY(!child(w.state->root(), "full"));
+        QVERIFY(QFile::exists(QFile::decodeName(bin + "/full/one")));
+
+        // A refusal shows the error alert and keeps the item.
+        QVERIFY(::chmod(QByteArray(root + "/file").constData(), 0644) == 0);
+        w.state->setDeleteCandidate(w.state->root().sibling(child(w.state->root(), "file")));
+        QVERIFY(::rename(QByteArray(root + "/file").constData(),
+                         QByteArray(root + "/file-moved").constData()) == 0);
+        QVERIFY(QTest::qWaitFor([&] { return w.item("deleteCard")->opacity() == 1; }, 2000));
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("deleteConfirm"));
+        QVERIFY(finished.wait(5000));
+        QVERIFY(child(w.state->root(), "file"));
+        QCOMPARE(w.state->errorMessage(), QStringLiteral("Operation not permitted"));
+        QVERIFY(QTest::qWaitFor([&] { return w.shows("alertMessage"); }, 2000));
+        QCOMPARE(w.item("alertMessage")->property("text").toString(),
+                 QStringLiteral("Operation not permitted"));
     }
 
     void everySymbolOfTheScreensShows()
     {
         // Every symbol name the screens use has a picture that is not empty.
-        const QRegularExpression line(QStringLiteral("symbol:\\s*(.*)$"), QRegularExpression::MultilineOption);
+        const QRegularExpression line(QStringLiteral("symbol:\\s*(.*)$"),
+                                      QRegularExpression::MultilineOption);
         const QRegularExpression literal(QStringLiteral("\"([a-z.]+)\""));
         QSet<QString> names;
         QDirIterator files(QStringLiteral(":/Tidewick"), {QStringLiteral("*.qml")});
@@ -508,7 +609,8 @@ private Q_SLOTS:
                 for (const auto& name : literal.globalMatch(match.captured(1)))
                     names.insert(name.captured(1));
             }
-            for (const auto& match : QRegularExpression(QStringLiteral("image://symbol/([a-z.]+)")).globalMatch(text))
+            for (const auto& match :
+                 QRegularExpression(QStringLiteral("image://symbol/([a-z.]+)")).globalMatch(text))
                 names.insert(match.captured(1));
         }
         QVERIFY(names.size() >= 15);

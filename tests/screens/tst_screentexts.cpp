@@ -56,7 +56,8 @@ private Q_SLOTS:
     void progressCountsSayItemsForEveryCount()
     {
         QCOMPARE(progressCountsText(progressAt(0, 1, 0)), QStringLiteral("Zero KB • 1 items"));
-        QCOMPARE(progressCountsText(progressAt(0, 4567, 12'300'000)), QStringLiteral("12.3 MB • 4567 items"));
+        QCOMPARE(progressCountsText(progressAt(0, 4567, 12'300'000)),
+                 QStringLiteral("12.3 MB • 4567 items"));
         // The word follows the language; the rate's suffix does not.
         LocalizationManager::shared().setCurrent(Language::german);
         QVERIFY(!progressCountsText(progressAt(0, 2, 0)).endsWith(QStringLiteral(" items")));
@@ -89,7 +90,8 @@ private Q_SLOTS:
 
     void placeholdersFillOnce()
     {
-        QCOMPARE(fillText(QStringLiteral("Path: %@"), QStringLiteral("/a %@ b")), QStringLiteral("Path: /a %@ b"));
+        QCOMPARE(fillText(QStringLiteral("Path: %@"), QStringLiteral("/a %@ b")),
+                 QStringLiteral("Path: /a %@ b"));
         QCOMPARE(fillCount(QStringLiteral("Some folders were skipped (%d)"), 3),
                  QStringLiteral("Some folders were skipped (3)"));
         QCOMPARE(fillText(QStringLiteral("none"), QStringLiteral("x")), QStringLiteral("none"));

@@ -2,6 +2,7 @@
 // for the benchmarks. Not part of the app.
 
 #include "ScanCommand.h"
+#include "TrashCommand.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -11,7 +12,9 @@
 namespace {
 void printUsage()
 {
-    std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n", stderr);
+    std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n"
+               "       tidewick-cli trash [--json] PATH...\n",
+               stderr);
 }
 } // namespace
 
@@ -27,6 +30,13 @@ int main(int argc, char* argv[])
     const QString command = args.takeFirst();
     if (command == QLatin1String("scan"))
         return tw::cli::runScan(args);
+    if (command == QLatin1String("trash")) {
+        // File names are bytes: take them from argv as they came.
+        QByteArrayList raw;
+        for (int i = 2; i < argc; ++i)
+            raw.append(QByteArray(argv[i]));
+        return tw::cli::runTrash(raw);
+    }
     printUsage();
     return 2;
 }

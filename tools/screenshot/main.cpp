@@ -8,8 +8,8 @@
 #include "app/DiskAccess.h"
 #include "localization/LocalizationManager.h"
 #include "platform/VolumeFacts.h"
-#include "screens/ScreensSetup.h"
 #include "scan/FileNode.h"
+#include "screens/ScreensSetup.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -22,13 +22,11 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
-
+#include <cstdio>
 #include <fcntl.h>
+#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <cstdio>
-#include <functional>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
@@ -46,13 +44,19 @@ public:
     {
         return VolumeInfo::Capacity{500 * kGB, 400 * kGB, 400 * kGB};
     }
-    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::solidState; }
+    VolumeInfo::Medium medium(const QByteArray&) const override
+    {
+        return VolumeInfo::Medium::solidState;
+    }
 };
 
 // A machine without the grant, so the prompt and the banner can be shown.
 class NoGrant : public DiskAccess {
 public:
-    bool requiresFullDiskAccess(const QByteArray& path) const override { return path == "/" || path.startsWith("/home"); }
+    bool requiresFullDiskAccess(const QByteArray& path) const override
+    {
+        return path == "/" || path.startsWith("/home");
+    }
     bool hasFullDiskAccess() const override { return false; }
 };
 
@@ -80,16 +84,26 @@ bool buildSampleTree(const QByteArray& root)
         qint64 kib;
     };
     static constexpr Entry kFiles[] = {
-        {"Movies/Holiday 2025.mov", 9000},       {"Movies/Clips/intro.mp4", 2400},
-        {"Movies/Clips/outro.mp4", 1300},        {"Pictures/Library/raw-0001.dng", 3200},
-        {"Pictures/Library/raw-0002.dng", 2900}, {"Pictures/Library/raw-0003.dng", 2100},
-        {"Pictures/Screenshots/shot.png", 600},  {"Documents/Thesis/draft.pdf", 1800},
-        {"Documents/Thesis/figures/plot.svg", 700}, {"Documents/Taxes/2025.pdf", 450},
-        {"Documents/notes.txt", 40},             {"Library/Caches/browser/cache.db", 4200},
-        {"Library/Caches/builds/obj.o", 1500},   {"Library/Application Support/Editor/index", 1900},
-        {"Music/Albums/Side A.flac", 2600},      {"Music/Albums/Side B.flac", 2300},
-        {"Downloads/installer.dmg", 3100},       {"Downloads/archive.zip", 800},
-        {"Projects/tidewick/build/app", 1200},   {"Projects/tidewick/src/main.cpp", 30},
+        {"Movies/Holiday 2025.mov", 9000},
+        {"Movies/Clips/intro.mp4", 2400},
+        {"Movies/Clips/outro.mp4", 1300},
+        {"Pictures/Library/raw-0001.dng", 3200},
+        {"Pictures/Library/raw-0002.dng", 2900},
+        {"Pictures/Library/raw-0003.dng", 2100},
+        {"Pictures/Screenshots/shot.png", 600},
+        {"Documents/Thesis/draft.pdf", 1800},
+        {"Documents/Thesis/figures/plot.svg", 700},
+        {"Documents/Taxes/2025.pdf", 450},
+        {"Documents/notes.txt", 40},
+        {"Library/Caches/browser/cache.db", 4200},
+        {"Library/Caches/builds/obj.o", 1500},
+        {"Library/Application Support/Editor/index", 1900},
+        {"Music/Albums/Side A.flac", 2600},
+        {"Music/Albums/Side B.flac", 2300},
+        {"Downloads/installer.dmg", 3100},
+        {"Downloads/archive.zip", 800},
+        {"Projects/tidewick/build/app", 1200},
+        {"Projects/tidewick/src/main.cpp", 30},
     };
     for (const Entry& entry : kFiles) {
         const QByteArray path = root + '/' + entry.path;
@@ -140,7 +154,8 @@ public:
             return false;
         }
         QTest::qWait(350); // transitions settle
-        const QString file = m_outputDir + u'/' + name + u'-' + languageCode(LocalizationManager::shared().current()) + ".png";
+        const QString file = m_outputDir + u'/' + name + u'-' +
+                             languageCode(LocalizationManager::shared().current()) + ".png";
         const bool saved = view.grabWindow().save(file);
         std::printf("%s %s\n", saved ? "wrote" : "FAILED", qPrintable(file));
         state.cancelScan();
@@ -197,9 +212,8 @@ bool renderAll(Renderer& renderer)
         state.requestScan(QByteArrayLiteral("/usr"));
         return waitFor([&] { return state.progress().filesScanned > 2000; });
     });
-    ok &= renderer.shoot(QStringLiteral("chart"), [&](AppState& state, QQuickView&) {
-        return scanSample(state, tree);
-    });
+    ok &= renderer.shoot(QStringLiteral("chart"),
+                         [&](AppState& state, QQuickView&) { return scanSample(state, tree); });
     ok &= renderer.shoot(QStringLiteral("chart-hover"), [&](AppState& state, QQuickView& view) {
         return scanSample(state, tree) && hoverChart(view, 40, 0.42) && bool(state.hovered());
     });
@@ -235,6 +249,18 @@ bool renderAll(Renderer& renderer)
         state.setNeedsFullDiskAccess(true);
         return true;
     });
+    for (const char* which : {"Movies", "Documents/notes.txt"}) {
+        const QString name = QLatin1String(which).contains(u'/') ? QStringLiteral("delete-file")
+                                                                 : QStringLiteral("delete-folder");
+        ok &= renderer.shoot(name, [&, which](AppState& state, QQuickView&) {
+            if (!scanSample(state, tree))
+                return false;
+            const NodeRef node =
+                state.root().sibling(state.root().tree()->find(tree + '/' + which));
+            state.setDeleteCandidate(node);
+            return bool(node);
+        });
+    }
     ok &= renderer.shoot(QStringLiteral("alert-error"), [&](AppState& state, QQuickView&) {
         if (!scanSample(state, tree))
             return false;
@@ -246,7 +272,8 @@ bool renderAll(Renderer& renderer)
         return true;
     });
     ok &= renderer.shoot(QStringLiteral("alert-thin-result"), [](AppState& state, QQuickView&) {
-        state.setThinResultMessage(LocalizationManager::shared().string(QStringLiteral("snapshots.result.none")));
+        state.setThinResultMessage(
+            LocalizationManager::shared().string(QStringLiteral("snapshots.result.none")));
         return true;
     });
     ok &= renderer.shoot(QStringLiteral("apps-mode"), [](AppState& state, QQuickView&) {
@@ -257,8 +284,9 @@ bool renderAll(Renderer& renderer)
         QQuickItem* button = findItem(view, "languageButton");
         if (!button)
             return false;
-        QTest::mouseClick(&view, Qt::LeftButton, {},
-                          button->mapToScene(QPointF(button->width() / 2, button->height() / 2)).toPoint());
+        QTest::mouseClick(
+            &view, Qt::LeftButton, {},
+            button->mapToScene(QPointF(button->width() / 2, button->height() / 2)).toPoint());
         return true;
     });
     return ok;
@@ -276,7 +304,8 @@ int main(int argc, char* argv[])
     QStringList args = QGuiApplication::arguments();
     args.removeFirst();
     if (args.isEmpty()) {
-        std::fputs("usage: tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME]\n", stderr);
+        std::fputs("usage: tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME]\n",
+                   stderr);
         return 2;
     }
     const QString output = args.takeFirst();
@@ -298,9 +327,11 @@ int main(int argc, char* argv[])
     Renderer renderer(output, tree);
     renderer.setOnly(onlyScreen);
     bool ok = true;
-    for (const Language language : {Language::english, Language::russian, Language::german, Language::chinese}) {
+    for (const Language language :
+         {Language::english, Language::russian, Language::german, Language::chinese}) {
         LocalizationManager::shared().setCurrent(language);
-        if (!onlyLanguage.isEmpty() && languageCode(LocalizationManager::shared().current()) != onlyLanguage)
+        if (!onlyLanguage.isEmpty() &&
+            languageCode(LocalizationManager::shared().current()) != onlyLanguage)
             continue;
         ok &= renderAll(renderer);
     }

@@ -1,0 +1,163 @@
+#include "platform/linux/PkexecRunner.h"
+
+#include "platform/linux/FreedesktopTrash.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+extern char** environ;
+
+namespace tw {
+
+namespace {
+// pkexec's exit status when the user dismissed its dialog.
+constexpr int kDismissed = 126;
+} // namespace
+
+PkexecRunner::PkexecRunner(QByteArrayList prefix, QByteArray homeTrash)
+    : m_prefix(std::move(prefix)),
+      m_homeTrash(homeTrash.isEmpty() ? FreedesktopTrash::defaultHomeTrash() : homeTrash)
+{
+}
+
+QByteArray PkexecRunner::trashDirectory() const
+{
+    return m_homeTrash + "/files";
+}
+
+ScriptTools PkexecRunner::tools() const
+{
+    return {"/bin/mkdir", "/bin/chown", "/bin/mv"};
+}
+
+ElevatedRunner::Result PkexecRunner::run(const QByteArray& script)
+{
+    Result result;
+    // The staging folders go into files/, which must exist as for any entry.
+    (void)FreedesktopTrash::prepare(m_homeTrash);
+
+    // Started directly, no shell of the user's in between. The script goes
+    // in on standard input, its bytes exactly as built: an argument would
+    // limit a batch to 128 KiB of script.
+    QByteArrayList arguments = m_prefix;
+    arguments << "/bin/sh"
+              << "-s";
+    std::vector<char*> argv;
+    for (QByteArray& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+
+    int input[2];
+    int errors[2];
+    if (::pipe2(input, O_CLOEXEC) != 0) {
+        result.launchError = QString::fromLocal8Bit(std::strerror(errno));
+        return result;
+    }
+    if (::pipe2(errors, O_CLOEXEC) != 0) {
+        result.launchError = QString::fromLocal8Bit(std::strerror(errno));
+        ::close(input[0]);
+        ::close(input[1]);
+        return result;
+    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, errors[1], STDERR_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    const int spawned = ::posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(input[0]);
+    ::close(errors[1]);
+    if (spawned != 0) {
+        ::close(input[1]);
+        ::close(errors[0]);
+        result.launchError = QString::fromLocal8Bit(std::strerror(spawned));
+        return result;
+    }
+    result.launched = true;
+
+    // Feed the script and drain the error output together, so neither side
+    // can stall the other on a full pipe. A shell that quits early must not
+    // take us down with SIGPIPE: it is held back on this thread meanwhile.
+    sigset_t pipeSignal;
+    sigset_t previous;
+    sigemptyset(&pipeSignal);
+    sigaddset(&pipeSignal, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipeSignal, &previous);
+    ::fcntl(input[1], F_SETFL, O_NONBLOCK);
+    const QByteArray text = script + '\n';
+    qsizetype sent = 0;
+    int writeFd = input[1];
+    int readFd = errors[0];
+    while (writeFd >= 0 || readFd >= 0) {
+        pollfd fds[2]{{writeFd, POLLOUT, 0}, {readFd, POLLIN, 0}};
+        if (::poll(fds, 2, -1) < 0) {
+            if (errno == EINTR)
+                continue;
+            break;
+        }
+        if (writeFd >= 0 && (fds[0].revents & (POLLOUT | POLLERR | POLLHUP))) {
+            const ssize_t n = ::write(writeFd, text.constData() + sent, size_t(text.size() - sent));
+            if (n > 0)
+                sent += n;
+            if ((n < 0 && errno != EAGAIN && errno != EINTR) || sent == text.size()) {
+                ::close(writeFd);
+                writeFd = -1;
+            }
+        }
+        if (readFd >= 0 && (fds[1].revents & (POLLIN | POLLERR | POLLHUP))) {
+            char buffer[4096];
+            const ssize_t n = ::read(readFd, buffer, sizeof buffer);
+            if (n > 0) {
+                result.errorOutput.append(buffer, n);
+            } else if (n == 0 || errno != EINTR) {
+                ::close(readFd);
+                readFd = -1;
+            }
+        }
+    }
+    if (writeFd >= 0)
+        ::close(writeFd);
+    if (readFd >= 0)
+        ::close(readFd);
+    const timespec now{0, 0};
+    while (sigtimedwait(&pipeSignal, nullptr, &now) > 0) {
+    }
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    result.dismissed =
+        !m_prefix.isEmpty() && WIFEXITED(status) && WEXITSTATUS(status) == kDismissed;
+    return result;
+}
+
+void PkexecRunner::adopt(const QByteArray& stagingDirectory, const QByteArray& originalPath)
+{
+    const QByteArray item =
+        stagingDirectory + '/' + originalPath.mid(originalPath.lastIndexOf('/') + 1);
+    struct stat facts {};
+    if (::lstat(item.constData(), &facts) != 0)
+        return;
+    // An ordinary entry with its own info file; the emptied staging folder is ours.
+    if (FreedesktopTrash::place(m_homeTrash, item, originalPath).second == 0)
+        ::rmdir(stagingDirectory.constData());
+}
+
+ElevatedRunner& systemElevatedRunner()
+{
+    static PkexecRunner runner;
+    return runner;
+}
+
+} // namespace tw

@@ -1,0 +1,457 @@
+// Removal: the batch's contract over a recording Trash, the privileged
+// script's quoting (run by a real /bin/sh on hostile names), and the
+// freedesktop.org Trash on disk, down to putting an item back.
+
+#include "TestFiles.h"
+#include "localization/LocalizationManager.h"
+#include "platform/linux/FreedesktopTrash.h"
+#include "platform/linux/PkexecRunner.h"
+#include "removal/PrivilegedRemoval.h"
+#include "removal/Recycle.h"
+
+#include <QRandomGenerator>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tw;
+using namespace tw::test;
+
+namespace {
+
+bool present(const QByteArray& path)
+{
+    struct stat facts {};
+    return ::lstat(path.constData(), &facts) == 0;
+}
+
+// By the bytes of its name: names need not be UTF-8.
+QByteArray readAll(const QByteArray& path)
+{
+    QByteArray data;
+    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return data;
+    char buffer[4096];
+    for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;)
+        data.append(buffer, n);
+    ::close(fd);
+    return data;
+}
+
+// A folder's entries by the bytes of their names.
+QByteArrayList entries(const QByteArray& folder)
+{
+    QByteArrayList names;
+    if (DIR* dir = ::opendir(folder.constData())) {
+        while (const dirent* entry = ::readdir(dir)) {
+            const QByteArray name(entry->d_name);
+            if (name != "." && name != "..")
+                names.append(name);
+        }
+        ::closedir(dir);
+    }
+    return names;
+}
+
+// Moves what its table says it moves, reports the error it is given, and
+// remembers every call.
+class RecordingTrash : public Trash {
+public:
+    Answer recycle(const QList<QByteArray>& paths) override
+    {
+        calls.append(paths);
+        Answer answer;
+        for (const QByteArray& path : paths) {
+            if (!refuse.contains(path))
+                answer.moved.insert(path, "/trash/" + path.mid(path.lastIndexOf('/') + 1));
+        }
+        answer.error = error;
+        return answer;
+    }
+    QList<QList<QByteArray>> calls;
+    QSet<QByteArray> refuse;
+    std::optional<QString> error;
+};
+
+// Stands in for the password prompt: records the script, and either runs
+// nothing (dismissed, or silent) or says something.
+class ScriptedRunner : public ElevatedRunner {
+public:
+    QByteArray trashDirectory() const override { return "/home/u/.Trash"; }
+    ScriptTools tools() const override { return macScriptTools(); }
+    Result run(const QByteArray& script) override
+    {
+        scripts.append(script);
+        Result result;
+        result.launched = launches;
+        result.launchError = QStringLiteral("No such file or directory");
+        result.dismissed = dismissed;
+        result.errorOutput = says;
+        return result;
+    }
+    void adopt(const QByteArray&, const QByteArray&) override {}
+    QByteArrayList scripts;
+    bool launches = true;
+    bool dismissed = false;
+    QByteArray says;
+};
+
+// The names that have broken shell scripts before, and a few that would
+// run a command if quoting failed.
+QByteArrayList hostileNames()
+{
+    return {"with space",
+            "single'quote",
+            "double\"quote",
+            "back\\slash",
+            "dollar$HOME",
+            "back`tick`",
+            "line\nfeed",
+            "not-utf8-\xff\xfe",
+            "$(touch CANARY)",
+            "`touch CANARY`",
+            "'; touch CANARY; '",
+            "a'\\''b",
+            "-n",
+            "--",
+            "*",
+            "tab\there"};
+}
+
+QByteArray randomName(QRandomGenerator& random)
+{
+    QByteArray name;
+    const int length = 1 + int(random.bounded(24));
+    while (name.size() < length) {
+        const char c = char(random.bounded(1, 256));
+        if (c != '/')
+            name.append(c);
+    }
+    if (name == "." || name == "..")
+        name += "x";
+    return name;
+}
+
+} // namespace
+
+class RemovalTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QByteArray base() const { return QFile::encodeName(m_dir.path()); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        LocalizationManager::shared().setCurrent(Language::english);
+    }
+
+    void quotingAndScriptShape()
+    {
+        QCOMPARE(shellQuoted("/tmp/a'b\"c\\d"), QByteArray("'/tmp/a'\\''b\"c\\d'"));
+        const QByteArray script =
+            makePrivilegedTrashScript({"/tmp/a'b\"c\\d"}, "/Users/u/.Trash", macScriptTools());
+        const QByteArrayList lines = script.split('\n');
+        QCOMPARE(lines.size(), 3);
+        QCOMPARE(lines[0], QByteArray("move_status=0"));
+        QCOMPARE(lines[2], QByteArray("exit \"$move_status\""));
+        QVERIFY(lines[1].startsWith("/bin/mkdir -m 700 '/Users/u/.Trash/"));
+        QVERIFY(lines[1].contains(QByteArray(" && /usr/sbin/chown " + QByteArray::number(getuid()) +
+                                             ':' + QByteArray::number(getgid()) +
+                                             " '/Users/u/.Trash/")));
+        QVERIFY(lines[1].contains(" && /bin/mv -n '/tmp/a'\\''b\"c\\d' '/Users/u/.Trash/"));
+        QVERIFY(lines[1].endsWith("/' || move_status=1"));
+        QVERIFY(!script.endsWith('\n'));
+        // The AppleScript layer: backslashes doubled first, then quotes escaped.
+        const QByteArray apple = appleScriptFor(script);
+        QVERIFY(apple.startsWith("do shell script \"move_status=0\n"));
+        QVERIFY(apple.endsWith("exit \\\"$move_status\\\"\" with administrator privileges"));
+        QVERIFY(apple.contains("'/tmp/a'\\\\''b\\\"c\\\\d'"));
+        // No items: the two fixed lines.
+        QCOMPARE(makePrivilegedTrashScript({}, "/t", macScriptTools()),
+                 QByteArray("move_status=0\nexit \"$move_status\""));
+        // The same name from two folders: two staging folders.
+        std::vector<QByteArray> staging;
+        (void)makePrivilegedTrashScript({"/a/x", "/b/x"}, "/t/", macScriptTools(), &staging);
+        QCOMPARE(staging.size(), std::size_t(2));
+        QVERIFY(staging[0] != staging[1]);
+        QVERIFY(staging[0].startsWith("/t/") && !staging[0].startsWith("/t//"));
+    }
+
+    void hostileNamesArriveByteForByte()
+    {
+        // A temporary home with its own Trash; the script runs under a real
+        // /bin/sh as the current user.
+        const QByteArray home = base() + "/home-script";
+        const QByteArray work = base() + "/work-script";
+        makeDir(home);
+        makeDir(work);
+        const QByteArray trash = home + "/.local/share/Trash";
+        PkexecRunner runner({}, trash);
+
+        QByteArrayList names = hostileNames();
+        QRandomGenerator random(20261123);
+        for (int i = 0; i < 300; ++i)
+            names.append(randomName(random));
+        std::sort(names.begin(), names.end());
+        names.erase(std::unique(names.begin(), names.end()), names.end());
+        QList<QByteArray> paths;
+        for (const QByteArray& name : names) {
+            const QByteArray path = work + '/' + name;
+            if (present(path))
+                continue;
+            writeFile(path, 10);
+            paths.append(path);
+        }
+        const QByteArray cwd = QFile::encodeName(QDir::currentPath());
+        QVERIFY(QDir::setCurrent(QFile::decodeName(work)));
+        const BatchOutcome outcome = privilegedRecycle(paths, runner);
+        QVERIFY(QDir::setCurrent(QFile::decodeName(cwd)));
+
+        QVERIFY2(outcome.failed.isEmpty(), qPrintable(outcome.failed.value(0).second));
+        QCOMPARE(outcome.succeeded, paths);
+        QVERIFY2(!present(work + "/CANARY") && !present(home + "/CANARY") &&
+                     !present(cwd + "/CANARY"),
+                 "a name ran a command");
+        // Each one is an ordinary Trash entry whose info names it exactly.
+        QSet<QByteArray> recorded;
+        for (const QByteArray& name : entries(trash + "/info")) {
+            const QByteArray info = readAll(trash + "/info/" + name);
+            const qsizetype at = info.indexOf("\nPath=") + 6;
+            recorded.insert(
+                QByteArray::fromPercentEncoding(info.mid(at, info.indexOf('\n', at) - at)));
+        }
+        for (const QByteArray& path : paths) {
+            QVERIFY2(recorded.contains(path), path.toHex().constData());
+        }
+        // No staging folder is left behind.
+        QCOMPARE(entries(trash + "/files").size(), paths.size());
+    }
+
+    void batchOrderAndMessages()
+    {
+        const QByteArray dir = base() + "/batch";
+        makeDir(dir);
+        writeFile(dir + "/moves", 1);
+        writeFile(dir + "/locked", 1);
+        writeFile(dir + "/odd", 1);
+        QVERIFY(::symlink("nowhere", QByteArray(dir + "/dangling").constData()) == 0);
+
+        // Nothing to move: no platform call at all.
+        RecordingTrash idle;
+        ScriptedRunner quiet;
+        BatchOutcome outcome = recycleBatch({}, idle, quiet);
+        QVERIFY(outcome.succeeded.isEmpty() && outcome.failed.isEmpty());
+        outcome = recycleBatch({dir + "/gone", dir + "/dangling"}, idle, quiet);
+        QVERIFY(idle.calls.isEmpty());
+        QCOMPARE(outcome.failed.size(), 2);
+        QCOMPARE(outcome.failed[0].second, QStringLiteral("file not found"));
+        QCOMPARE(outcome.failed[1].first, dir + "/dangling");
+
+        // One missing, one moved, one needing rights whose prompt is dismissed.
+        RecordingTrash trash;
+        trash.refuse = {dir + "/locked"};
+        trash.error = QStringLiteral("Operation NOT permitted");
+        ScriptedRunner dismissed;
+        dismissed.dismissed = true;
+        outcome = recycleBatch({dir + "/moves", dir + "/gone", dir + "/locked"}, trash, dismissed);
+        QCOMPARE(trash.calls.size(), 1);
+        QCOMPARE(trash.calls[0], (QList<QByteArray>{dir + "/moves", dir + "/locked"}));
+        QCOMPARE(outcome.succeeded, QList<QByteArray>{dir + "/moves"});
+        QCOMPARE(outcome.failed.size(), 2);
+        QCOMPARE(outcome.failed[0].first, dir + "/gone");
+        QCOMPARE(outcome.failed[1].first, QByteArray(dir + "/locked"));
+        QCOMPARE(outcome.failed[1].second, QStringLiteral("user cancelled password prompt"));
+        QCOMPARE(dismissed.scripts.size(), 1);
+        QVERIFY(dismissed.scripts[0].contains(shellQuoted(dir + "/locked")));
+
+        // Other failures come before the privileged ones; the tool's silence
+        // reads "admin authorization failed"; its words stand as they are.
+        RecordingTrash mixed;
+        mixed.refuse = {dir + "/locked", dir + "/odd"};
+        mixed.error = QStringLiteral("Permission denied");
+        ScriptedRunner silent;
+        outcome = recycleBatch({dir + "/locked", dir + "/odd"}, mixed, silent);
+        QCOMPARE(outcome.failed.size(), 2);
+        QCOMPARE(outcome.failed[0].second, QStringLiteral("admin authorization failed"));
+        ScriptedRunner talking;
+        talking.says =
+            "  execution error: The administrator user name or password was incorrect. (-60007)\n";
+        outcome = recycleBatch({dir + "/locked"}, mixed, talking);
+        QCOMPARE(outcome.failed[0].second,
+                 QStringLiteral("execution error: The administrator user name or password was "
+                                "incorrect. (-60007)"));
+        talking.says = "User CANCELED.";
+        outcome = recycleBatch({dir + "/locked"}, mixed, talking);
+        QCOMPARE(outcome.failed[0].second, QStringLiteral("user cancelled password prompt"));
+
+        // A sentence without the two marks keeps the item failed, no prompt.
+        RecordingTrash busy;
+        busy.refuse = {dir + "/odd"};
+        busy.error = QStringLiteral("Resource busy");
+        ScriptedRunner unused;
+        outcome = recycleBatch({dir + "/odd", dir + "/moves"}, busy, unused);
+        QCOMPARE(outcome.failed.size(), 1);
+        QCOMPARE(outcome.failed[0].first, QByteArray(dir + "/odd"));
+        QCOMPARE(outcome.failed[0].second, QStringLiteral("Resource busy"));
+        QVERIFY(unused.scripts.isEmpty());
+        // No error and an incomplete answer: "could not move to Trash", no prompt.
+        busy.error.reset();
+        outcome = recycleBatch({dir + "/odd"}, busy, unused);
+        QCOMPARE(outcome.failed[0].second, QStringLiteral("could not move to Trash"));
+        QVERIFY(unused.scripts.isEmpty());
+
+        // A tool that cannot start: every item fails with the cause, unlooked.
+        ScriptedRunner broken;
+        broken.launches = false;
+        outcome = recycleBatch({dir + "/locked"}, mixed, broken);
+        QCOMPARE(outcome.failed[0].second,
+                 QStringLiteral("could not launch osascript: No such file or directory"));
+    }
+
+    void singleItemContract()
+    {
+        RecordingTrash trash;
+        QCOMPARE(recycle("/x/a", trash), QByteArray("/trash/a"));
+        trash.refuse = {"/x/b"};
+        try {
+            (void)recycle("/x/b", trash);
+            QFAIL("no error");
+        } catch (const TrashError& error) {
+            QCOMPARE(
+                error.errorDescription(),
+                QStringLiteral("Could not move to Trash (administrator rights may be required)."));
+        }
+        trash.error = QStringLiteral("Permission denied");
+        try {
+            (void)recycle("/x/b", trash);
+            QFAIL("no error");
+        } catch (const TrashError& error) {
+            QCOMPARE(error.errorDescription(), QStringLiteral("Permission denied"));
+        }
+        const TrashError partial = TrashError::partial(
+            {"/a/one", "/a/two"}, {{"/b/three", QStringLiteral("file not found")}});
+        QCOMPARE(partial.errorDescription(),
+                 QStringLiteral("Deleted: 2. Failed: 1.\n\n• three: file not found"));
+    }
+
+    void freedesktopTrashListsAndRestores()
+    {
+        const QByteArray trashDir = base() + "/fd-home/Trash";
+        const QByteArray work = base() + "/fd-work";
+        makeDir(base() + "/fd-home");
+        makeDir(work);
+        makeDir(work + "/folder");
+        writeFile(work + "/folder/inner", 5000);
+        writeFile(work + "/same", 100);
+        makeDir(work + "/other");
+        writeFile(work + "/other/same", 200);
+        const QByteArray odd = work + "/odd %20 name \xe9";
+        writeFile(odd, 300);
+        FreedesktopTrash trash(trashDir);
+        const Trash::Answer answer = trash.recycle(
+            {work + "/folder", work + "/same", work + "/other/same", odd, work + "/missing"});
+        QCOMPARE(answer.error, QStringLiteral("No such file or directory"));
+        QCOMPARE(answer.moved.size(), 4);
+        // Two items of one name: two entries, neither overwritten.
+        QVERIFY(answer.moved[work + "/same"] != answer.moved[work + "/other/same"]);
+        QCOMPARE(readAll(answer.moved[work + "/other/same"]).size(), 200);
+        QVERIFY(present(answer.moved[work + "/folder"] + "/inner"));
+
+        // Each entry's info names its original place and date; reading it
+        // back puts the item where it was, byte for byte.
+        for (auto moved = answer.moved.cbegin(); moved != answer.moved.cend(); ++moved) {
+            const QByteArray name = moved.value().mid(moved.value().lastIndexOf('/') + 1);
+            const QByteArray info = readAll(trashDir + "/info/" + name + ".trashinfo");
+            QVERIFY(info.startsWith("[Trash Info]\nPath="));
+            QVERIFY(info.contains(QByteArray(
+                "\nDeletionDate=" + QDate::currentDate().toString(Qt::ISODate).toLatin1() + 'T')));
+            const qsizetype at = info.indexOf("Path=") + 5;
+            const QByteArray escaped = info.mid(at, info.indexOf('\n', at) - at);
+            QVERIFY(!escaped.contains(' ') && !escaped.contains('\xe9'));
+            const QByteArray original = QByteArray::fromPercentEncoding(escaped);
+            QCOMPARE(original, moved.key());
+            QVERIFY(!present(original));
+            QCOMPARE(::rename(moved.value().constData(), original.constData()), 0);
+        }
+        QCOMPARE(readAll(odd).size(), 300);
+        QCOMPARE(QFileInfo(QFile::decodeName(work + "/folder/inner")).size(), 5000);
+    }
+
+    void otherMountsUseTheirOwnTrash()
+    {
+        // A home trash on another file system (tmpfs) sends our item to the
+        // top of its own mount, here the test's folder.
+        QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
+        struct stat ours {
+        }, theirs{};
+        QVERIFY(::stat(base().constData(), &ours) == 0);
+        if (!shm.isValid() || ::stat(QFile::encodeName(shm.path()).constData(), &theirs) != 0 ||
+            theirs.st_dev == ours.st_dev)
+            QSKIP("needs /dev/shm on a file system of its own");
+        const QByteArray top = base() + "/mount";
+        makeDir(top);
+        makeDir(top + "/sub");
+        writeFile(top + "/sub/item", 100);
+        FreedesktopTrash trash(QFile::encodeName(shm.path()) + "/Trash",
+                               [&](const QByteArray&) { return top; });
+        const Trash::Answer answer = trash.recycle({top + "/sub/item"});
+        QVERIFY(!answer.error);
+        const QByteArray own = top + "/.Trash-" + QByteArray::number(getuid());
+        QCOMPARE(answer.moved.value(top + "/sub/item"), own + "/files/item");
+        // The info file holds the path relative to the mount's top.
+        QVERIFY(readAll(own + "/info/item.trashinfo").contains("\nPath=sub/item\n"));
+        struct stat facts {};
+        QVERIFY(::stat(own.constData(), &facts) == 0 && (facts.st_mode & 0777) == 0700);
+    }
+
+    void permissionFailuresSayTheSystemsWords()
+    {
+        // Root can move anything, so an unprivileged child tries it.
+        const QByteArray locked = base() + "/locked-dir";
+        makeDir(locked);
+        writeFile(locked + "/item", 10);
+        QVERIFY(::chmod(locked.constData(), 0755) == 0);
+        const QByteArray childHome = base() + "/nobody-home";
+        makeDir(childHome);
+        QVERIFY(::chmod(base().constData(), 0755) == 0);
+        QVERIFY(::chown(childHome.constData(), 65534, 65534) == 0 || getuid() != 0);
+
+        int pipeFds[2];
+        QVERIFY(::pipe(pipeFds) == 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::close(pipeFds[0]);
+            if (getuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
+                ::_exit(3);
+            FreedesktopTrash trash(childHome + "/Trash");
+            const Trash::Answer answer = trash.recycle({locked + "/item"});
+            const QByteArray said = answer.error ? answer.error->toUtf8() : QByteArray("moved");
+            (void)::write(pipeFds[1], said.constData(), size_t(said.size()));
+            ::_exit(0);
+        }
+        ::close(pipeFds[1]);
+        QByteArray said(256, '\0');
+        const ssize_t n = ::read(pipeFds[0], said.data(), size_t(said.size()));
+        ::close(pipeFds[0]);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+        said.truncate(n < 0 ? 0 : n);
+        QCOMPARE(said, QByteArray("Permission denied"));
+        QVERIFY(present(locked + "/item"));
+        // The child's claim on a name was withdrawn.
+        QVERIFY(!present(childHome + "/Trash/info/item.trashinfo"));
+    }
+};
+
+QTEST_GUILESS_MAIN(RemovalTest)
+#include "tst_removal.moc"

@@ -19,14 +19,12 @@
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QTimer>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
-#include <vector>
-
 #include <unistd.h>
+#include <vector>
 
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
@@ -56,7 +54,9 @@ QQuickWindow* loadWindow(QQmlApplicationEngine& engine, tw::AppState& state)
     tw::installScreens(engine);
     engine.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)}});
     engine.load(QUrl(QStringLiteral("qrc:/Tidewick/Main.qml")));
-    return engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine.rootObjects().first());
+    return engine.rootObjects().isEmpty()
+               ? nullptr
+               : qobject_cast<QQuickWindow*>(engine.rootObjects().first());
 }
 
 } // namespace
@@ -79,7 +79,8 @@ int main(int argc, char* argv[])
         if (!window)
             return 1;
         QObject::connect(window, &QQuickWindow::frameSwapped, &app, [&] {
-            std::printf("first frame %.0f ms after process start\n", (nowSinceBoot() - processStartSeconds()) * 1000);
+            std::printf("first frame %.0f ms after process start\n",
+                        (nowSinceBoot() - processStartSeconds()) * 1000);
             QCoreApplication::quit();
         });
         return QGuiApplication::exec();
@@ -116,11 +117,15 @@ int main(int argc, char* argv[])
             return 1;
         std::vector<double> sorted = gapsMs;
         std::sort(sorted.begin(), sorted.end());
-        const auto over = std::count_if(gapsMs.begin(), gapsMs.end(), [](double gap) { return gap > 50; });
-        std::printf("scan of %s: %.2f s, %zu frames while scanning, gap median %.1f ms, p99 %.1f ms, max %.1f ms, "
+        const auto over =
+            std::count_if(gapsMs.begin(), gapsMs.end(), [](double gap) { return gap > 50; });
+        std::printf("scan of %s: %.2f s, %zu frames while scanning, gap median %.1f ms, p99 %.1f "
+                    "ms, max %.1f ms, "
                     "%ld gaps over 50 ms\n",
-                    qPrintable(args[2]), std::chrono::duration<double>(Clock::now() - started).count(), gapsMs.size(),
-                    sorted[sorted.size() / 2], sorted[sorted.size() * 99 / 100], sorted.back(), long(over));
+                    qPrintable(args[2]),
+                    std::chrono::duration<double>(Clock::now() - started).count(), gapsMs.size(),
+                    sorted[sorted.size() / 2], sorted[sorted.size() * 99 / 100], sorted.back(),
+                    long(over));
         return 0;
     }
     return 2;

@@ -15,6 +15,9 @@ Button {
     implicitWidth: Math.max(64, label.implicitWidth + 24)
     implicitHeight: label.implicitHeight + 10
     font.pixelSize: 13
+    // A click does not take the keyboard: Return and Escape stay with the
+    // dialog's own shortcuts.
+    focusPolicy: Qt.NoFocus
 
     background: Rectangle {
         radius: 6

@@ -10,6 +10,9 @@ ToolButton {
     property alias symbolRotation: icon.rotation
 
     flat: true
+    // A click does not take the keyboard: Return and Escape stay with the
+    // dialog's own shortcuts.
+    focusPolicy: Qt.NoFocus
     implicitWidth: 28
     implicitHeight: 28
     contentItem: Item {

@@ -13,6 +13,9 @@ Button {
     implicitWidth: Math.max(minimumWidth, label.implicitWidth + 32)
     implicitHeight: label.implicitHeight + 12 + 14
     font.pixelSize: 14
+    // A click does not take the keyboard: Return and Escape stay with the
+    // dialog's own shortcuts.
+    focusPolicy: Qt.NoFocus
 
     background: Rectangle {
         radius: 7

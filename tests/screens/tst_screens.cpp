@@ -541,6 +541,9 @@ private Q_SLOTS:
                 rows += row->isVisible() && row->property("modelData").isValid() ? 1 : 0;
             return rows;
         };
+        // Keys go to the active window only.
+        w.view.requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(&w.view));
         const auto openFor = [&](const char* name) {
             w.state->setDeleteCandidate(w.state->root().sibling(child(w.state->root(), name)));
             return QTest::qWaitFor([&] { return w.item("deleteCard")->opacity() == 1; }, 2000);
@@ -573,7 +576,8 @@ private Q_SLOTS:
         QVERIFY(openFor("full"));
         const qint64 fullSize = child(w.state->root(), "full")->size();
         QTest::keyClick(&w.view, Qt::Key_Return);
-        QVERIFY(finished.wait(5000));
+        // The move may finish while the key is still being delivered.
+        QVERIFY(QTest::qWaitFor([&] { return finished.count() == 1; }, 5000));
         QCOMPARE(w.state->root()->size(), before - fullSize);
         QVERIFY(!child(w.state->root(), "full"));
         QVERIFY(QFile::exists(QFile::decodeName(bin + "/full/one")));
@@ -585,12 +589,35 @@ private Q_SLOTS:
                          QByteArray(root + "/file-moved").constData()) == 0);
         QVERIFY(QTest::qWaitFor([&] { return w.item("deleteCard")->opacity() == 1; }, 2000));
         QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("deleteConfirm"));
-        QVERIFY(finished.wait(5000));
+        QVERIFY(QTest::qWaitFor([&] { return finished.count() == 2; }, 5000));
         QVERIFY(child(w.state->root(), "file"));
         QCOMPARE(w.state->errorMessage(), QStringLiteral("Operation not permitted"));
         QVERIFY(QTest::qWaitFor([&] { return w.shows("alertMessage"); }, 2000));
         QCOMPARE(w.item("alertMessage")->property("text").toString(),
                  QStringLiteral("Operation not permitted"));
+    }
+
+    void twoDialogsAtOnceStackInOrder()
+    {
+        Access missing;
+        missing.m_granted = false;
+        Window w(m_volume, missing);
+        QVERIFY(w.scan(m_tree));
+        const QByteArray protectedPath = QFile::encodeName(m_dir.path()) + "/protected";
+        w.state->requestScan(protectedPath);
+        w.state->setDeleteCandidate(w.state->root().sibling(child(w.state->root(), "movie")));
+        QQuickItem* prompt = w.item("fdaPromptCard");
+        QQuickItem* remove = w.item("deleteCard");
+        QVERIFY(QTest::qWaitFor([&] { return prompt->opacity() == 1 && remove->opacity() == 1; }, 2000));
+        // The delete dialog stands in front of the prompt.
+        QCOMPARE(prompt->parentItem(), remove->parentItem());
+        const QList<QQuickItem*> layer = prompt->parentItem()->childItems();
+        QVERIFY(layer.indexOf(prompt) < layer.indexOf(remove));
+        QCOMPARE(prompt->z(), remove->z());
+        // A click on the dimming does nothing: both stay.
+        QTest::mouseClick(&w.view, Qt::LeftButton, {}, QPoint(20, 700));
+        QVERIFY(w.state->hasDeleteCandidate());
+        QVERIFY(w.state->fdaPromptForURL());
     }
 
     void everySymbolOfTheScreensShows()

@@ -1,0 +1,178 @@
+#include "uninstaller/AppDiscovery.h"
+
+#include "scan/FileAllocationTracker.h"
+#include "uninstaller/Bundle.h"
+#include "uninstaller/InstalledApp.h"
+
+#include <QCollator>
+#include <QDir>
+#include <QFile>
+#include <algorithm>
+#include <dirent.h>
+#include <sys/stat.h>
+
+namespace tw {
+
+namespace {
+constexpr int kDeepestLevel = 2;
+
+std::optional<QDateTime> accessDate(const QByteArray& path)
+{
+    struct stat facts {};
+    if (::stat(path.constData(), &facts) != 0)
+        return std::nullopt;
+    return QDateTime::fromMSecsSinceEpoch(qint64(facts.st_atim.tv_sec) * 1000 +
+                                          facts.st_atim.tv_nsec / 1000000);
+}
+
+// The bundle's own icon: CFBundleIconFile under Contents/Resources, with or
+// without its ".icns".
+QByteArray iconFileOf(const QByteArray& path, const BundleInfo& bundle)
+{
+    const auto name = textValue(bundle.info, "CFBundleIconFile");
+    if (!name || name->isEmpty() || name->contains(u'/'))
+        return {};
+    const QByteArray resources = path + "/Contents/Resources/";
+    for (const QByteArray& candidate : {QByteArray(resources + name->toUtf8()),
+                                        QByteArray(resources + name->toUtf8() + ".icns")}) {
+        struct stat facts {};
+        if (::stat(candidate.constData(), &facts) == 0 && S_ISREG(facts.st_mode))
+            return candidate;
+    }
+    return {};
+}
+
+void collectApps(const QByteArray& directory, int depth, QSet<QByteArray>& seenPaths,
+                 std::vector<std::unique_ptr<InstalledApp>>& apps)
+{
+    if (depth > kDeepestLevel)
+        return;
+    DIR* dir = ::opendir(directory.constData());
+    if (!dir)
+        return; // an unreadable folder counts as empty
+    QByteArrayList entries;
+    while (const dirent* entry = ::readdir(dir)) {
+        if (entry->d_name[0] != '.') // hidden entries are skipped
+            entries.append(QByteArray(entry->d_name));
+    }
+    ::closedir(dir);
+    std::sort(entries.begin(), entries.end());
+    for (const QByteArray& name : entries) {
+        const QByteArray path = directory + '/' + name;
+        struct stat facts {};
+        const bool known = ::lstat(path.constData(), &facts) == 0;
+        if (known && S_ISLNK(facts.st_mode))
+            continue; // links are neither listed nor followed
+        const qsizetype dot = name.lastIndexOf('.');
+        if (dot >= 0 && name.mid(dot + 1).toLower() == "app") {
+            if (seenPaths.contains(path))
+                continue;
+            seenPaths.insert(path);
+            if (auto app = AppDiscovery::makeInstalledApp(path))
+                apps.push_back(std::move(app));
+            continue; // never into a bundle: nested applications are not listed
+        }
+        if (depth == kDeepestLevel)
+            continue;
+        if (known && S_ISDIR(facts.st_mode))
+            collectApps(path, depth + 1, seenPaths, apps);
+    }
+}
+} // namespace
+
+namespace AppDiscovery {
+
+QByteArrayList applicationRoots(const QByteArray& home)
+{
+    QByteArrayList roots{"/Applications"};
+    struct stat facts {};
+    if (::stat(QByteArray(home + "/Applications").constData(), &facts) == 0)
+        roots.append(home + "/Applications");
+    return roots;
+}
+
+QByteArrayList applicationRoots()
+{
+    return applicationRoots(QFile::encodeName(QDir::homePath()));
+}
+
+std::vector<std::unique_ptr<InstalledApp>> listInstalledApps(const QByteArrayList& roots)
+{
+    std::vector<std::unique_ptr<InstalledApp>> apps;
+    QSet<QByteArray> seenPaths;
+    for (const QByteArray& root : roots)
+        collectApps(root, 0, seenPaths, apps);
+    QCollator collator;
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    std::stable_sort(apps.begin(), apps.end(), [&](const auto& a, const auto& b) {
+        return collator.compare(a->name(), b->name()) < 0;
+    });
+    return apps;
+}
+
+std::unique_ptr<InstalledApp> makeInstalledApp(const QByteArray& path)
+{
+    const std::optional<BundleInfo> bundle = openBundle(path);
+    if (!bundle || bundle->identifier.isEmpty())
+        return nullptr;
+    // Only the type is tested: an empty display name stays empty.
+    QString name =
+        textValue(bundle->info, "CFBundleDisplayName")
+            .value_or(textValue(bundle->info, "CFBundleName").value_or(bundleBaseName(path)));
+    std::optional<QString> version = textValue(bundle->info, "CFBundleShortVersionString");
+    if (!version)
+        version = textValue(bundle->info, "CFBundleVersion");
+    return std::make_unique<InstalledApp>(path, std::move(name), bundle->identifier,
+                                          std::move(version), lastOpenedDate(path),
+                                          iconFileOf(path, *bundle));
+}
+
+std::optional<QDateTime> lastOpenedDate(const QByteArray& path)
+{
+    if (const std::optional<BundleInfo> bundle = openBundle(path); bundle && bundle->executable) {
+        if (auto date = accessDate(*bundle->executable))
+            return date;
+    }
+    return accessDate(path);
+}
+
+} // namespace AppDiscovery
+
+qint64 allocatedSize(const QByteArray& path)
+{
+    FileAllocationTracker tracker;
+    struct stat facts {};
+    if (::lstat(path.constData(), &facts) != 0 || S_ISLNK(facts.st_mode))
+        return 0;
+    if (!S_ISDIR(facts.st_mode))
+        return tracker.allocatedSize(facts);
+    if (tracker.claimDirectory(facts) != FileAllocationTracker::Claim::claimed)
+        return 0;
+    qint64 total = 0;
+    QByteArrayList pending{path};
+    while (!pending.isEmpty()) {
+        const QByteArray folder = pending.takeLast();
+        DIR* dir = ::opendir(folder.constData());
+        if (!dir)
+            continue;
+        while (const dirent* entry = ::readdir(dir)) {
+            const QByteArray name(entry->d_name);
+            if (name == "." || name == "..")
+                continue;
+            const QByteArray child = folder + '/' + name;
+            struct stat childFacts {};
+            if (::lstat(child.constData(), &childFacts) != 0 || S_ISLNK(childFacts.st_mode))
+                continue;
+            if (S_ISDIR(childFacts.st_mode)) {
+                if (tracker.claimDirectory(childFacts) == FileAllocationTracker::Claim::claimed)
+                    pending.append(child);
+                continue;
+            }
+            total += tracker.allocatedSize(childFacts);
+        }
+        ::closedir(dir);
+    }
+    return total;
+}
+
+} // namespace tw

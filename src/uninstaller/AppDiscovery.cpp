@@ -127,6 +127,12 @@ std::unique_ptr<InstalledApp> makeInstalledApp(const QByteArray& path)
                                           iconFileOf(path, *bundle));
 }
 
+QByteArray bundleIconFile(const QByteArray& path)
+{
+    const std::optional<BundleInfo> bundle = openBundle(path);
+    return bundle ? iconFileOf(path, *bundle) : QByteArray();
+}
+
 std::optional<QDateTime> lastOpenedDate(const QByteArray& path)
 {
     if (const std::optional<BundleInfo> bundle = openBundle(path); bundle && bundle->executable) {

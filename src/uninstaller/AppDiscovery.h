@@ -31,6 +31,10 @@ listInstalledApps(const QByteArrayList& roots);
 // cannot be opened.
 [[nodiscard]] std::unique_ptr<InstalledApp> makeInstalledApp(const QByteArray& path);
 
+// The bundle's own icon file: CFBundleIconFile under Contents/Resources,
+// with or without ".icns"; empty when it names none that exists.
+[[nodiscard]] QByteArray bundleIconFile(const QByteArray& path);
+
 // When the executable was last read (launching reads it), else the bundle
 // folder's own access date.
 [[nodiscard]] std::optional<QDateTime> lastOpenedDate(const QByteArray& path);

@@ -164,7 +164,21 @@ std::optional<QVariant> parsePropertyList(const QByteArray& data)
         return std::nullopt;
     plist_t root = nullptr;
     plist_from_memory(data.constData(), uint32_t(data.size()), &root);
-    const PlistPtr owner(root);
+    PlistPtr owner(root);
+    if (root && plist_is_binary(data.constData(), uint32_t(data.size()))) {
+        // libplist's binary reader can build a dictionary whose keys are not
+        // keys, and walking such a dictionary aborts inside libplist. Its XML
+        // reader checks what it builds, so a binary list goes through XML once.
+        char* xml = nullptr;
+        uint32_t length = 0;
+        plist_to_xml(root, &xml, &length);
+        owner.reset();
+        root = nullptr;
+        if (xml)
+            plist_from_xml(xml, length, &root);
+        plist_to_xml_free(xml);
+        owner.reset(root);
+    }
     return convert(root, 0);
 }
 

@@ -455,6 +455,27 @@ private Q_SLOTS:
         QCOMPARE(standardizedPath("/a/./b//c/../d"), QByteArray("/a/b/d"));
     }
 
+    void fuzzCorpusStaysReadable()
+    {
+        // The fuzzers' seeds and what they once found: every signed seed
+        // yields its groups, and no input brings the parsers down (one
+        // binary list used to abort inside libplist).
+        const QString corpus = QStringLiteral(QT_TESTCASE_SOURCEDIR "/../../fuzz/corpus");
+        const QStringList seeds = QDir(corpus + QStringLiteral("/macho")).entryList(QDir::Files);
+        QVERIFY(seeds.size() >= 6);
+        for (const QString& seed : seeds) {
+            QFile file(corpus + QStringLiteral("/macho/") + seed);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(machOApplicationGroups(file.readAll()).size(), 2);
+        }
+        for (const QString& seed : QDir(corpus + QStringLiteral("/plist")).entryList(QDir::Files)) {
+            QFile file(corpus + QStringLiteral("/plist/") + seed);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            (void)parsePropertyList(file.readAll());
+        }
+        QVERIFY(asDictionary(readPropertyList(QFile::encodeName(corpus) + "/plist/binary.plist")));
+    }
+
     void propertyListsRoundTrip()
     {
         const QVariantMap value{

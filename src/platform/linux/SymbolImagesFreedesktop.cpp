@@ -5,7 +5,6 @@
 
 namespace tw {
 
-namespace {
 void ensureIconTheme()
 {
     // Offscreen and bare X servers name no theme and search only ":/icons".
@@ -20,7 +19,6 @@ void ensureIconTheme()
     }();
     (void)done;
 }
-} // namespace
 
 QImage renderSymbol(const QString& name, const QSize& size, const QColor& color)
 {

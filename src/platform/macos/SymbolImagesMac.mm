@@ -6,6 +6,8 @@
 
 namespace tw {
 
+void ensureIconTheme() {}
+
 QImage renderSymbol(const QString& name, const QSize& size, const QColor& color)
 {
     if (size.isEmpty())

@@ -1,0 +1,63 @@
+#include "platform/AppIcons.h"
+#include "platform/SymbolImages.h"
+
+#include <QBuffer>
+#include <QIcon>
+#include <QImageReader>
+#include <QPainter>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tw {
+
+namespace {
+// By the bytes of its path: names need not be UTF-8.
+QByteArray readFile(const QByteArray& path)
+{
+    QByteArray data;
+    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return data;
+    char buffer[65536];
+    for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0 && data.size() < 64 * 1024 * 1024;)
+        data.append(buffer, n);
+    ::close(fd);
+    return data;
+}
+
+QImage fitted(const QImage& image, const QSize& size)
+{
+    QImage canvas(size, QImage::Format_ARGB32_Premultiplied);
+    canvas.fill(Qt::transparent);
+    const QImage scaled = image.scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    QPainter painter(&canvas);
+    painter.drawImage((size.width() - scaled.width()) / 2, (size.height() - scaled.height()) / 2,
+                      scaled);
+    return canvas;
+}
+} // namespace
+
+QImage applicationIcon(const QByteArray&, const QByteArray& iconFile, const QSize& size)
+{
+    if (size.isEmpty())
+        return {};
+    if (!iconFile.isEmpty()) {
+        QByteArray data = readFile(iconFile);
+        QBuffer buffer(&data);
+        QImageReader reader(&buffer, "icns");
+        // .icns holds several sizes; Qt reads the largest first.
+        const QImage image = reader.read();
+        if (!image.isNull())
+            return fitted(image, size);
+    }
+    ensureIconTheme();
+    const QIcon generic = QIcon::fromTheme(QStringLiteral("application-x-executable"));
+    QImage image = generic.pixmap(size).toImage();
+    if (image.isNull()) {
+        image = QImage(size, QImage::Format_ARGB32_Premultiplied);
+        image.fill(QColor(0x9a, 0xa3, 0xad));
+    }
+    return fitted(image, size);
+}
+
+} // namespace tw

@@ -1,0 +1,72 @@
+// Application icons as the screens get them: the bundle's own .icns through
+// Qt's image plugin, else the theme's generic application icon, at 48 by 48.
+
+#include "screens/AppIconProvider.h"
+#include "uninstaller/PropertyList.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QImageWriter>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace tw;
+
+class AppIconsTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+
+    QByteArray bundle(const char* name, const QVariantMap& info)
+    {
+        const QByteArray path = QFile::encodeName(m_dir.path()) + '/' + name;
+        QDir().mkpath(QFile::decodeName(path + "/Contents/Resources"));
+        QFile plist(QFile::decodeName(path + "/Contents/Info.plist"));
+        if (plist.open(QIODevice::WriteOnly))
+            plist.write(writePropertyList(info, false));
+        return path;
+    }
+
+private Q_SLOTS:
+    void iconsComeFromTheBundleOrTheTheme()
+    {
+        // An .icns named without its extension, as bundles often do.
+        const QByteArray own =
+            bundle("Red.app", {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.e.red")},
+                               {QStringLiteral("CFBundleIconFile"), QStringLiteral("AppIcon")}});
+        QImage red(128, 128, QImage::Format_ARGB32);
+        red.fill(QColor(220, 20, 20));
+        QImageWriter writer(QFile::decodeName(own + "/Contents/Resources/AppIcon.icns"), "icns");
+        QVERIFY2(writer.write(red), qPrintable(writer.errorString()));
+
+        AppIconProvider provider;
+        QSize size;
+        const QImage icon =
+            provider.requestImage(QString::fromLatin1(own.toPercentEncoding()), &size, {});
+        QCOMPARE(size, QSize(48, 48));
+        QCOMPARE(icon.pixelColor(24, 24).red(), 220);
+        QCOMPARE(icon.pixelColor(24, 24).green(), 20);
+
+        // No icon file, or one that is not an image: the generic icon, never empty.
+        const QByteArray plain = bundle(
+            "Plain.app", {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.e.plain")},
+                          {QStringLiteral("CFBundleIconFile"), QStringLiteral("Broken.icns")}});
+        QFile broken(QFile::decodeName(plain + "/Contents/Resources/Broken.icns"));
+        QVERIFY(broken.open(QIODevice::WriteOnly));
+        broken.write("not an icon");
+        broken.close();
+        const QImage generic = provider.requestImage(QString::fromLatin1(plain.toPercentEncoding()),
+                                                     &size, QSize(32, 32));
+        QCOMPARE(size, QSize(32, 32));
+        int inked = 0;
+        for (int y = 0; y < 32; ++y)
+            for (int x = 0; x < 32; ++x)
+                inked += qAlpha(generic.pixel(x, y)) > 0 ? 1 : 0;
+        QVERIFY(inked > 100);
+        QVERIFY(generic.pixelColor(16, 16) != icon.pixelColor(24, 24));
+    }
+};
+
+QTEST_MAIN(AppIconsTest)
+#include "tst_appicons.moc"

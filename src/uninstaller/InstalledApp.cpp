@@ -1,5 +1,7 @@
 #include "uninstaller/InstalledApp.h"
 
+#include "platform/RunningApplications.h"
+
 #include <QFile>
 
 namespace tw {
@@ -42,6 +44,11 @@ void InstalledApp::setRelatedLoading(bool loading)
         return;
     m_relatedLoading = loading;
     Q_EMIT relatedChanged();
+}
+
+bool InstalledApp::isRunning() const
+{
+    return runningBundleIdentifiers().contains(m_bundleID);
 }
 
 qint64 InstalledApp::totalSize() const

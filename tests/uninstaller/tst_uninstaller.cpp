@@ -131,6 +131,17 @@ private Q_SLOTS:
         QVERIFY(!found[5]->version());
         QVERIFY(found[2]->id() != found[3]->id());
         QCOMPARE(found[2]->bundleSize(), 0);
+        QCOMPARE(found[2]->totalSize(), 0);
+        QVERIFY(!found[2]->isRunning()); // no bundle runs here
+        // Sizes and related files arrive later and add up.
+        found[2]->setBundleSize(1000);
+        RelatedFile support;
+        support.size = 250;
+        found[2]->setRelatedLoading(true);
+        QVERIFY(found[2]->relatedLoading());
+        found[2]->setRelated({support, support});
+        QVERIFY(found[2]->relatedLoaded() && !found[2]->relatedLoading());
+        QCOMPARE(found[2]->totalSize(), 1500);
         QVERIFY(AppDiscovery::listInstalledApps({}).empty());
 
         // Roots: the home's Applications only when it exists.

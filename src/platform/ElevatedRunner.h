@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <vector>
 
 namespace tw {
 
@@ -20,19 +21,25 @@ class ElevatedRunner {
 public:
     struct Result {
         bool launched = false;
-        QString launchError;     // why the tool could not start
-        bool dismissed = false;  // the tool says the user dismissed its prompt
-        QByteArray errorOutput;  // the tool's standard error, as it came
+        QString launchError;    // why the tool could not start
+        bool dismissed = false; // the tool says the user dismissed its prompt
+        QByteArray errorOutput; // the tool's standard error, as it came
+    };
+    // One item of the script: the fresh folder it is moved into, and where
+    // it came from.
+    struct StagedItem {
+        QByteArray stagingDirectory;
+        QByteArray originalPath;
     };
     virtual ~ElevatedRunner() = default;
     // Where the script moves items: the user's Trash (on Linux its files/).
     [[nodiscard]] virtual QByteArray trashDirectory() const = 0;
     [[nodiscard]] virtual ScriptTools tools() const = 0;
-    [[nodiscard]] virtual Result run(const QByteArray& script) = 0;
-    // An item now lies in `stagingDirectory`, moved there by the script from
-    // `originalPath`: make it an ordinary Trash entry where the platform
-    // needs more than the move itself. Runs as the user.
-    virtual void adopt(const QByteArray& stagingDirectory, const QByteArray& originalPath) = 0;
+    // Runs `script` as it is. `items` say what it stages where, for a
+    // platform whose Trash needs more than the move itself (Linux gives each
+    // item its own entry and .trashinfo in the same elevated run).
+    [[nodiscard]] virtual Result run(const QByteArray& script,
+                                     const std::vector<StagedItem>& items) = 0;
 };
 
 // The running system's runner ("/usr/bin/osascript" on macOS, pkexec

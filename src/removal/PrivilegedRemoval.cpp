@@ -73,7 +73,10 @@ BatchOutcome privilegedRecycle(const QList<QByteArray>& paths, ElevatedRunner& r
     std::vector<QByteArray> staging;
     const QByteArray script =
         makePrivilegedTrashScript(paths, runner.trashDirectory(), runner.tools(), &staging);
-    const ElevatedRunner::Result result = runner.run(script);
+    std::vector<ElevatedRunner::StagedItem> items;
+    for (qsizetype i = 0; i < paths.size(); ++i)
+        items.push_back({staging[std::size_t(i)], paths[i]});
+    const ElevatedRunner::Result result = runner.run(script, items);
     if (!result.launched) {
         const QString message = fillText(text("trash.cannotLaunchOsa"), result.launchError);
         for (const QByteArray& path : paths)
@@ -99,7 +102,6 @@ BatchOutcome privilegedRecycle(const QList<QByteArray>& paths, ElevatedRunner& r
             outcome.failed.append({paths[i], message});
         } else {
             outcome.succeeded.append(paths[i]);
-            runner.adopt(staging[std::size_t(i)], paths[i]);
         }
     }
     return outcome;

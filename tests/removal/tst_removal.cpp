@@ -85,7 +85,7 @@ class ScriptedRunner : public ElevatedRunner {
 public:
     QByteArray trashDirectory() const override { return "/home/u/.Trash"; }
     ScriptTools tools() const override { return macScriptTools(); }
-    Result run(const QByteArray& script) override
+    Result run(const QByteArray& script, const std::vector<StagedItem>&) override
     {
         scripts.append(script);
         Result result;
@@ -95,7 +95,6 @@ public:
         result.errorOutput = says;
         return result;
     }
-    void adopt(const QByteArray&, const QByteArray&) override {}
     QByteArrayList scripts;
     bool launches = true;
     bool dismissed = false;
@@ -211,6 +210,18 @@ private Q_SLOTS:
             writeFile(path, 10);
             paths.append(path);
         }
+        // An entry of the same name already in the Trash stays as it is.
+        makeDir(home + "/.local");
+        makeDir(home + "/.local/share");
+        makeDir(trash);
+        makeDir(trash + "/files");
+        makeDir(trash + "/info");
+        writeFile(trash + "/files/with space", 3);
+        writeFile(trash + "/info/with space.trashinfo", 3);
+        // A folder too: the elevated shell itself files it as an entry.
+        makeDir(work + "/a folder");
+        writeFile(work + "/a folder/inside", 10);
+        paths.append(work + "/a folder");
         const QByteArray cwd = QFile::encodeName(QDir::currentPath());
         QVERIFY(QDir::setCurrent(QFile::decodeName(work)));
         const BatchOutcome outcome = privilegedRecycle(paths, runner);
@@ -225,6 +236,8 @@ private Q_SLOTS:
         QSet<QByteArray> recorded;
         for (const QByteArray& name : entries(trash + "/info")) {
             const QByteArray info = readAll(trash + "/info/" + name);
+            if (info.size() < 10)
+                continue; // the entry that was there before
             const qsizetype at = info.indexOf("\nPath=") + 6;
             recorded.insert(
                 QByteArray::fromPercentEncoding(info.mid(at, info.indexOf('\n', at) - at)));
@@ -233,7 +246,14 @@ private Q_SLOTS:
             QVERIFY2(recorded.contains(path), path.toHex().constData());
         }
         // No staging folder is left behind.
-        QCOMPARE(entries(trash + "/files").size(), paths.size());
+        QCOMPARE(entries(trash + "/files").size(), paths.size() + 1);
+        QVERIFY(present(trash + "/files/a folder/inside"));
+        QCOMPARE(readAll(trash + "/files/with space").size(), 3);
+        QCOMPARE(readAll(trash + "/files/with space.2").size(), 10);
+        struct stat infoFacts {};
+        QVERIFY(::stat(QByteArray(trash + "/info/a folder.trashinfo").constData(), &infoFacts) ==
+                0);
+        QCOMPARE(infoFacts.st_uid, ::getuid());
     }
 
     void batchOrderAndMessages()

@@ -1,7 +1,10 @@
 #include "platform/linux/PkexecRunner.h"
 
 #include "platform/linux/FreedesktopTrash.h"
+#include "removal/PrivilegedRemoval.h"
 
+#include <QDateTime>
+#include <QSet>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -39,7 +42,53 @@ ScriptTools PkexecRunner::tools() const
     return {"/bin/mkdir", "/bin/chown", "/bin/mv"};
 }
 
-ElevatedRunner::Result PkexecRunner::run(const QByteArray& script)
+QByteArray PkexecRunner::entryHandler(const std::vector<StagedItem>& items) const
+{
+    const QByteArray files = m_homeTrash + "/files/";
+    const QByteArray info = m_homeTrash + "/info/";
+    const QByteArray owner = QByteArray::number(::getuid()) + ':' + QByteArray::number(::getgid());
+    const QByteArray date =
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddThh:mm:ss")).toLatin1();
+    const auto taken = [](const QByteArray& path) {
+        struct stat facts {};
+        return ::lstat(path.constData(), &facts) == 0;
+    };
+    QSet<QByteArray> chosen;
+    QByteArray handler = "tidewick_file_entries() {\n";
+    for (const StagedItem& item : items) {
+        const QByteArray name = item.originalPath.mid(item.originalPath.lastIndexOf('/') + 1);
+        QByteArray entry = name;
+        for (int n = 2;
+             chosen.contains(entry) || taken(files + entry) || taken(info + entry + ".trashinfo");
+             ++n)
+            entry = name + '.' + QByteArray::number(n);
+        chosen.insert(entry);
+        const QByteArray staged = shellQuoted(item.stagingDirectory + '/' + name);
+        const QByteArray target = shellQuoted(files + entry);
+        const QByteArray infoFile = shellQuoted(info + entry + ".trashinfo");
+        // Moved on first, described second: nothing here ever removes a file.
+        handler += "  if [ -e " + staged + " ] || [ -L " + staged +
+                   " ]; then\n"
+                   "    if /bin/mv -n " +
+                   staged + ' ' + target + " && { [ -e " + target + " ] || [ -L " + target +
+                   " ]; }; then\n"
+                   "      (set -C; printf '%s\\n' '[Trash Info]' " +
+                   shellQuoted("Path=" + FreedesktopTrash::escapePath(item.originalPath)) + ' ' +
+                   shellQuoted("DeletionDate=" + date) + " > " + infoFile + ") && /bin/chown " +
+                   owner + ' ' + infoFile +
+                   "\n"
+                   "      /bin/rmdir " +
+                   shellQuoted(item.stagingDirectory) +
+                   "\n"
+                   "    fi\n"
+                   "  fi\n";
+    }
+    handler += "  :\n}\ntrap tidewick_file_entries EXIT\n";
+    return handler;
+}
+
+ElevatedRunner::Result PkexecRunner::run(const QByteArray& script,
+                                         const std::vector<StagedItem>& items)
 {
     Result result;
     // The staging folders go into files/, which must exist as for any entry.
@@ -95,7 +144,7 @@ ElevatedRunner::Result PkexecRunner::run(const QByteArray& script)
     sigaddset(&pipeSignal, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &pipeSignal, &previous);
     ::fcntl(input[1], F_SETFL, O_NONBLOCK);
-    const QByteArray text = script + '\n';
+    const QByteArray text = entryHandler(items) + script + '\n';
     qsizetype sent = 0;
     int writeFd = input[1];
     int readFd = errors[0];
@@ -140,18 +189,6 @@ ElevatedRunner::Result PkexecRunner::run(const QByteArray& script)
     result.dismissed =
         !m_prefix.isEmpty() && WIFEXITED(status) && WEXITSTATUS(status) == kDismissed;
     return result;
-}
-
-void PkexecRunner::adopt(const QByteArray& stagingDirectory, const QByteArray& originalPath)
-{
-    const QByteArray item =
-        stagingDirectory + '/' + originalPath.mid(originalPath.lastIndexOf('/') + 1);
-    struct stat facts {};
-    if (::lstat(item.constData(), &facts) != 0)
-        return;
-    // An ordinary entry with its own info file; the emptied staging folder is ours.
-    if (FreedesktopTrash::place(m_homeTrash, item, originalPath).second == 0)
-        ::rmdir(stagingDirectory.constData());
 }
 
 ElevatedRunner& systemElevatedRunner()

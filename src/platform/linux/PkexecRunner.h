@@ -7,10 +7,11 @@
 namespace tw {
 
 // The elevated run on Linux: `pkexec /bin/sh -s` with the script on its
-// standard input, polkit's prompt
-// asking for the password. The script moves items into staging folders in
-// the home trash's files/; adopt() then gives each its .trashinfo and its
-// own place there, as the user, so it shows in the Trash like any other.
+// standard input, polkit's prompt asking for the password. The script moves
+// items into staging folders in the home trash's files/; an exit handler set
+// up before it, in the same elevated shell, then gives each moved item its
+// own entry there and its .trashinfo, so it shows in the Trash like any
+// other (only root may move a folder owned by someone else on).
 // `prefix` is the command that raises rights; empty runs the script as the
 // current user (what the tests do).
 class PkexecRunner : public ElevatedRunner {
@@ -19,8 +20,11 @@ public:
 
     [[nodiscard]] QByteArray trashDirectory() const override;
     [[nodiscard]] ScriptTools tools() const override;
-    [[nodiscard]] Result run(const QByteArray& script) override;
-    void adopt(const QByteArray& stagingDirectory, const QByteArray& originalPath) override;
+    [[nodiscard]] Result run(const QByteArray& script,
+                             const std::vector<StagedItem>& items) override;
+    // The shell text that runs at the script's exit and files each staged
+    // item as a Trash entry; names are chosen now, free in files/ and info/.
+    [[nodiscard]] QByteArray entryHandler(const std::vector<StagedItem>& items) const;
 
 private:
     QByteArrayList m_prefix;

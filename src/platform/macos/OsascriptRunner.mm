@@ -16,7 +16,8 @@ public:
     }
     ScriptTools tools() const override { return macScriptTools(); }
 
-    Result run(const QByteArray& script) override
+    // What the script leaves in ~/.Trash is already what the Finder shows.
+    Result run(const QByteArray& script, const std::vector<StagedItem>&) override
     {
         Result result;
         @autoreleasepool {
@@ -47,9 +48,6 @@ public:
         }
         return result;
     }
-
-    // What the script leaves in ~/.Trash is already what the Finder shows.
-    void adopt(const QByteArray&, const QByteArray&) override {}
 };
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "chart/ChartCompanions.h"
 
 #include "app/AppState.h"
+#include "app/StateFollower.h"
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
 
@@ -56,17 +57,14 @@ LargestChildrenModel::LargestChildrenModel(AppState& state, QObject* parent)
 
 void LargestChildrenModel::setState(AppState* state)
 {
-    if (m_state == state)
+    const bool moved = followState(m_state, state, this, [this](AppState& followed) {
+        connect(&followed, &AppState::focusChanged, this, &LargestChildrenModel::rebuild);
+        connect(&followed, &AppState::rootChanged, this, &LargestChildrenModel::rebuild);
+        connect(&followed, &AppState::hoveredChanged, this, &LargestChildrenModel::refreshHover);
+        connect(&followed, &QObject::destroyed, this, &LargestChildrenModel::rebuild);
+    });
+    if (!moved)
         return;
-    if (m_state)
-        disconnect(m_state, nullptr, this, nullptr);
-    m_state = state;
-    if (m_state) {
-        connect(m_state, &AppState::focusChanged, this, &LargestChildrenModel::rebuild);
-        connect(m_state, &AppState::rootChanged, this, &LargestChildrenModel::rebuild);
-        connect(m_state, &AppState::hoveredChanged, this, &LargestChildrenModel::refreshHover);
-        connect(m_state, &QObject::destroyed, this, &LargestChildrenModel::rebuild);
-    }
     rebuild();
     Q_EMIT stateChanged();
 }

@@ -1,6 +1,7 @@
 #include "chart/ChartScreenModel.h"
 
 #include "app/AppState.h"
+#include "app/StateFollower.h"
 #include "chart/ChartCompanions.h"
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
@@ -32,17 +33,14 @@ ChartScreenModel::ChartScreenModel(QObject* parent) : QObject(parent)
 
 void ChartScreenModel::setState(AppState* state)
 {
-    if (m_state == state)
-        return;
-    if (m_state)
-        disconnect(m_state, nullptr, this, nullptr);
-    m_state = state;
-    if (m_state) {
+    const bool moved = followState(m_state, state, this, [this](AppState& followed) {
         for (auto signal : {&AppState::focusChanged, &AppState::rootChanged,
                             &AppState::hoveredChanged, &AppState::volumeCapacityChanged})
-            connect(m_state, signal, this, &ChartScreenModel::changed);
-        connect(m_state, &QObject::destroyed, this, &ChartScreenModel::changed);
-    }
+            connect(&followed, signal, this, &ChartScreenModel::changed);
+        connect(&followed, &QObject::destroyed, this, &ChartScreenModel::changed);
+    });
+    if (!moved)
+        return;
     Q_EMIT stateChanged();
     Q_EMIT changed();
 }

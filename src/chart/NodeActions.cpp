@@ -1,6 +1,7 @@
 #include "chart/NodeActions.h"
 
 #include "app/AppState.h"
+#include "app/StateFollower.h"
 #include "chart/ChartCompanions.h"
 
 namespace tw {
@@ -9,18 +10,16 @@ NodeActions::NodeActions(QObject* parent) : QObject(parent) {}
 
 void NodeActions::setState(AppState* state)
 {
-    if (m_state == state)
-        return;
-    if (m_state)
-        disconnect(m_state, nullptr, this, nullptr);
-    m_state = state;
-    setSubject({});
-    // A subject shares its tree: let a replaced tree go.
-    if (m_state)
-        connect(m_state, &AppState::rootChanged, this, [this] {
+    const bool moved = followState(m_state, state, this, [this](AppState& followed) {
+        // A subject shares its tree: let a replaced tree go.
+        connect(&followed, &AppState::rootChanged, this, [this] {
             if (m_subject && (!m_state->root() || m_state->root().tree() != m_subject.tree()))
                 setSubject({});
         });
+    });
+    if (!moved)
+        return;
+    setSubject({});
     Q_EMIT stateChanged();
 }
 

@@ -1,6 +1,7 @@
 #include "screens/ScreensModel.h"
 
 #include "app/AppState.h"
+#include "app/StateFollower.h"
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
 #include "screens/FullDiskAccess.h"
@@ -36,16 +37,13 @@ ScreensModel::ScreensModel(QObject* parent) : QObject(parent)
 
 void ScreensModel::setState(AppState* state)
 {
-    if (m_state == state)
+    const bool moved = followState(m_state, state, this, [this](AppState& followed) {
+        connect(&followed, &AppState::progressChanged, this, &ScreensModel::progressChanged);
+        connect(&followed, &AppState::fdaPromptForURLChanged, this, &ScreensModel::fdaChanged);
+        connect(&followed, &AppState::deleteCandidateChanged, this, &ScreensModel::deleteChanged);
+    });
+    if (!moved)
         return;
-    if (m_state)
-        disconnect(m_state, nullptr, this, nullptr);
-    m_state = state;
-    if (m_state) {
-        connect(m_state, &AppState::progressChanged, this, &ScreensModel::progressChanged);
-        connect(m_state, &AppState::fdaPromptForURLChanged, this, &ScreensModel::fdaChanged);
-        connect(m_state, &AppState::deleteCandidateChanged, this, &ScreensModel::deleteChanged);
-    }
     Q_EMIT stateChanged();
     Q_EMIT progressChanged();
     Q_EMIT fdaChanged();

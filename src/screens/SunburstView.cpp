@@ -1,6 +1,7 @@
 #include "screens/SunburstView.h"
 
 #include "app/AppState.h"
+#include "app/StateFollower.h"
 #include "chart/SunburstLayout.h"
 #include "screens/SunburstPainter.h"
 
@@ -17,16 +18,13 @@ SunburstView::SunburstView(QQuickItem* parent) : QQuickPaintedItem(parent)
 
 void SunburstView::setState(AppState* state)
 {
-    if (m_state == state)
-        return;
-    if (m_state)
-        disconnect(m_state, nullptr, this, nullptr);
-    m_state = state;
-    if (m_state) {
+    const bool moved = followState(m_state, state, this, [this](AppState& followed) {
         // Sizes change in place after a deletion; the root is re-assigned then.
-        connect(m_state, &AppState::focusChanged, this, [this] { update(); });
-        connect(m_state, &AppState::rootChanged, this, [this] { update(); });
-    }
+        connect(&followed, &AppState::focusChanged, this, [this] { update(); });
+        connect(&followed, &AppState::rootChanged, this, [this] { update(); });
+    });
+    if (!moved)
+        return;
     update();
     Q_EMIT stateChanged();
 }

@@ -1,5 +1,6 @@
 #include "uninstaller/AppDiscovery.h"
 
+#include "scan/DirectoryEntries.h"
 #include "scan/FileAllocationTracker.h"
 #include "uninstaller/Bundle.h"
 #include "uninstaller/InstalledApp.h"
@@ -8,7 +9,6 @@
 #include <QDir>
 #include <QFile>
 #include <algorithm>
-#include <dirent.h>
 #include <sys/stat.h>
 
 namespace tw {
@@ -47,17 +47,12 @@ void collectApps(const QByteArray& directory, int depth, QSet<QByteArray>& seenP
 {
     if (depth > kDeepestLevel)
         return;
-    DIR* dir = ::opendir(directory.constData());
-    if (!dir)
-        return; // an unreadable folder counts as empty
-    QByteArrayList entries;
-    while (const dirent* entry = ::readdir(dir)) {
-        if (entry->d_name[0] != '.') // hidden entries are skipped
-            entries.append(QByteArray(entry->d_name));
-    }
-    ::closedir(dir);
+    // An unreadable folder counts as empty; hidden entries are skipped.
+    QByteArrayList entries = directoryEntries(directory);
     std::sort(entries.begin(), entries.end());
     for (const QByteArray& name : entries) {
+        if (name.startsWith('.'))
+            continue;
         const QByteArray path = directory + '/' + name;
         struct stat facts {};
         const bool known = ::lstat(path.constData(), &facts) == 0;
@@ -158,13 +153,7 @@ qint64 allocatedSize(const QByteArray& path)
     QByteArrayList pending{path};
     while (!pending.isEmpty()) {
         const QByteArray folder = pending.takeLast();
-        DIR* dir = ::opendir(folder.constData());
-        if (!dir)
-            continue;
-        while (const dirent* entry = ::readdir(dir)) {
-            const QByteArray name(entry->d_name);
-            if (name == "." || name == "..")
-                continue;
+        for (const QByteArray& name : directoryEntries(folder)) {
             const QByteArray child = folder + '/' + name;
             struct stat childFacts {};
             if (::lstat(child.constData(), &childFacts) != 0 || S_ISLNK(childFacts.st_mode))
@@ -176,7 +165,6 @@ qint64 allocatedSize(const QByteArray& path)
             }
             total += tracker.allocatedSize(childFacts);
         }
-        ::closedir(dir);
     }
     return total;
 }

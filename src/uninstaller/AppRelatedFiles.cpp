@@ -1,6 +1,7 @@
 #include "uninstaller/AppRelatedFiles.h"
 
 #include "platform/CodeSignature.h"
+#include "scan/DirectoryEntries.h"
 #include "uninstaller/AppDiscovery.h"
 #include "uninstaller/Bundle.h"
 #include "uninstaller/PropertyList.h"
@@ -10,7 +11,6 @@
 #include <QRegularExpression>
 #include <algorithm>
 #include <array>
-#include <dirent.h>
 #include <sys/stat.h>
 
 namespace tw {
@@ -41,21 +41,6 @@ constexpr std::array<SearchLocation, 15> kLocations{{
     {"LaunchDaemons", Rule::launchdPlist, RelatedCategory::launchDaemons},
     {"PrivilegedHelperTools", Rule::privilegedHelper, RelatedCategory::privilegedHelpers},
 }};
-
-// Every entry of a folder, hidden ones included, by the bytes of its name.
-QByteArrayList listFolder(const QByteArray& folder)
-{
-    QByteArrayList names;
-    if (DIR* dir = ::opendir(folder.constData())) {
-        while (const dirent* entry = ::readdir(dir)) {
-            const QByteArray name(entry->d_name);
-            if (name != "." && name != "..")
-                names.append(name);
-        }
-        ::closedir(dir);
-    }
-    return names;
-}
 
 bool isUuid(QStringView text)
 {
@@ -205,7 +190,7 @@ Identity Identity::build(const QString& bundleID, const QString& name,
     QByteArrayList pending{*appURL + "/Contents"};
     while (!pending.isEmpty()) {
         const QByteArray folder = pending.takeFirst();
-        for (const QByteArray& entry : listFolder(folder)) {
+        for (const QByteArray& entry : directoryEntries(folder)) {
             const QByteArray path = folder + '/' + entry;
             struct stat facts {};
             if (::lstat(path.constData(), &facts) != 0)
@@ -306,14 +291,14 @@ QList<RelatedFile> search(const Identity& identity, const QByteArray& home,
         for (const SearchLocation& location : kLocations) {
             const QByteArray folder = root + '/' + location.relativePath;
             const bool descends = qstrcmp(location.relativePath, "Application Support") == 0;
-            for (const QByteArray& entry : listFolder(folder)) {
+            for (const QByteArray& entry : directoryEntries(folder)) {
                 const QByteArray path = folder + '/' + entry;
                 QByteArrayList candidates;
                 if (entryMatches(path, identity, location.rule)) {
                     candidates.append(path);
                 } else if (descends && isRealDirectory(path)) {
                     // One level, only here: Application Support/Vendor/Product.
-                    for (const QByteArray& child : listFolder(path)) {
+                    for (const QByteArray& child : directoryEntries(path)) {
                         if (entryMatches(path + '/' + child, identity, MatchRule::idOrName))
                             candidates.append(path + '/' + child);
                     }

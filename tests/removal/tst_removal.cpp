@@ -8,12 +8,12 @@
 #include "platform/linux/PkexecRunner.h"
 #include "removal/PrivilegedRemoval.h"
 #include "removal/Recycle.h"
+#include "scan/DirectoryEntries.h"
 
 #include <QRandomGenerator>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -42,21 +42,6 @@ QByteArray readAll(const QByteArray& path)
         data.append(buffer, n);
     ::close(fd);
     return data;
-}
-
-// A folder's entries by the bytes of their names.
-QByteArrayList entries(const QByteArray& folder)
-{
-    QByteArrayList names;
-    if (DIR* dir = ::opendir(folder.constData())) {
-        while (const dirent* entry = ::readdir(dir)) {
-            const QByteArray name(entry->d_name);
-            if (name != "." && name != "..")
-                names.append(name);
-        }
-        ::closedir(dir);
-    }
-    return names;
 }
 
 // Moves what its table says it moves, reports the error it is given, and
@@ -234,7 +219,7 @@ private Q_SLOTS:
                  "a name ran a command");
         // Each one is an ordinary Trash entry whose info names it exactly.
         QSet<QByteArray> recorded;
-        for (const QByteArray& name : entries(trash + "/info")) {
+        for (const QByteArray& name : directoryEntries(trash + "/info")) {
             const QByteArray info = readAll(trash + "/info/" + name);
             if (info.size() < 10)
                 continue; // the entry that was there before
@@ -246,7 +231,7 @@ private Q_SLOTS:
             QVERIFY2(recorded.contains(path), path.toHex().constData());
         }
         // No staging folder is left behind.
-        QCOMPARE(entries(trash + "/files").size(), paths.size() + 1);
+        QCOMPARE(directoryEntries(trash + "/files").size(), paths.size() + 1);
         QVERIFY(present(trash + "/files/a folder/inside"));
         QCOMPARE(readAll(trash + "/files/with space").size(), 3);
         QCOMPARE(readAll(trash + "/files/with space.2").size(), 10);

@@ -29,20 +29,28 @@ ChartScreenModel::ChartScreenModel(QObject* parent) : QObject(parent)
 {
     connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this,
             &ChartScreenModel::changed);
+    connect(&LocalizationManager::shared(), &LocalizationManager::currentChanged, this,
+            &ChartScreenModel::tooltipChanged);
 }
 
 void ChartScreenModel::setState(AppState* state)
 {
     const bool moved = followState(m_state, state, this, [this](AppState& followed) {
-        for (auto signal : {&AppState::focusChanged, &AppState::rootChanged,
-                            &AppState::hoveredChanged, &AppState::volumeCapacityChanged})
+        for (auto signal :
+             {&AppState::focusChanged, &AppState::rootChanged, &AppState::volumeCapacityChanged})
             connect(&followed, signal, this, &ChartScreenModel::changed);
+        // The tooltip's share is of the focus, so a focus change reaches it too.
+        for (auto signal :
+             {&AppState::hoveredChanged, &AppState::focusChanged, &AppState::rootChanged})
+            connect(&followed, signal, this, &ChartScreenModel::tooltipChanged);
         connect(&followed, &QObject::destroyed, this, &ChartScreenModel::changed);
+        connect(&followed, &QObject::destroyed, this, &ChartScreenModel::tooltipChanged);
     });
     if (!moved)
         return;
     Q_EMIT stateChanged();
     Q_EMIT changed();
+    Q_EMIT tooltipChanged();
 }
 
 bool ChartScreenModel::hasFocus() const

@@ -41,8 +41,9 @@ class ChartScreenModel : public QObject {
     // [{ label, isFocus }], the scan's root first.
     Q_PROPERTY(QVariantList crumbs READ crumbs NOTIFY changed)
     // { name, path, size, share, files, isDirectory }; empty without a hover.
-    Q_PROPERTY(QVariantMap tooltip READ tooltip NOTIFY changed)
-    Q_PROPERTY(bool hasTooltip READ hasTooltip NOTIFY changed)
+    // A hover changes only these, so mouse movement rebuilds nothing else.
+    Q_PROPERTY(QVariantMap tooltip READ tooltip NOTIFY tooltipChanged)
+    Q_PROPERTY(bool hasTooltip READ hasTooltip NOTIFY tooltipChanged)
     Q_PROPERTY(QString fileSizesText READ fileSizesText NOTIFY changed)
     Q_PROPERTY(bool showsInfo READ showsInfo NOTIFY changed)
     Q_PROPERTY(QString capacityText READ capacityText NOTIFY changed)
@@ -76,6 +77,7 @@ public:
 Q_SIGNALS:
     void stateChanged();
     void changed();
+    void tooltipChanged();
 
 private:
     [[nodiscard]] ToolbarFigures figures() const;

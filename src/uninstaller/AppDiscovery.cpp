@@ -1,6 +1,6 @@
 #include "uninstaller/AppDiscovery.h"
 
-#include "scan/DirectoryEntries.h"
+#include "scan/RawFiles.h"
 #include "scan/FileAllocationTracker.h"
 #include "uninstaller/Bundle.h"
 #include "uninstaller/InstalledApp.h"

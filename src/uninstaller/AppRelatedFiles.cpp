@@ -1,7 +1,7 @@
 #include "uninstaller/AppRelatedFiles.h"
 
 #include "platform/CodeSignature.h"
-#include "scan/DirectoryEntries.h"
+#include "scan/RawFiles.h"
 #include "uninstaller/AppDiscovery.h"
 #include "uninstaller/Bundle.h"
 #include "uninstaller/PropertyList.h"

@@ -1,14 +1,13 @@
 #include "uninstaller/PropertyList.h"
 
+#include "scan/RawFiles.h"
+
 #include <QDateTime>
 #include <QTimeZone>
 #include <cstdlib>
-#include <fcntl.h>
 #include <limits>
 #include <memory>
 #include <plist/plist.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace tw {
 
@@ -184,27 +183,9 @@ std::optional<QVariant> parsePropertyList(const QByteArray& data)
 
 std::optional<QVariant> readPropertyList(const QByteArray& path)
 {
-    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return std::nullopt;
-    struct stat facts {};
     // Property lists of interest are small; a huge file is not one of them.
-    if (::fstat(fd, &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_size > 64 * 1024 * 1024) {
-        ::close(fd);
-        return std::nullopt;
-    }
-    QByteArray data;
-    data.resize(qsizetype(facts.st_size));
-    qsizetype got = 0;
-    while (got < data.size()) {
-        const ssize_t n = ::read(fd, data.data() + got, size_t(data.size() - got));
-        if (n <= 0)
-            break;
-        got += n;
-    }
-    ::close(fd);
-    data.truncate(got);
-    return parsePropertyList(data);
+    const std::optional<QByteArray> data = readFileBytes(path, 64 * 1024 * 1024);
+    return data ? parsePropertyList(*data) : std::nullopt;
 }
 
 std::optional<QVariantMap> asDictionary(const std::optional<QVariant>& value)

@@ -8,13 +8,12 @@
 #include "platform/linux/PkexecRunner.h"
 #include "removal/PrivilegedRemoval.h"
 #include "removal/Recycle.h"
-#include "scan/DirectoryEntries.h"
+#include "scan/RawFiles.h"
 
 #include <QRandomGenerator>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -30,18 +29,9 @@ bool present(const QByteArray& path)
     return ::lstat(path.constData(), &facts) == 0;
 }
 
-// By the bytes of its name: names need not be UTF-8.
 QByteArray readAll(const QByteArray& path)
 {
-    QByteArray data;
-    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return data;
-    char buffer[4096];
-    for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;)
-        data.append(buffer, n);
-    ::close(fd);
-    return data;
+    return readFileBytes(path, 1 << 30).value_or(QByteArray());
 }
 
 // Moves what its table says it moves, reports the error it is given, and

@@ -1,30 +1,15 @@
 #include "platform/AppIcons.h"
 #include "platform/SymbolImages.h"
+#include "scan/RawFiles.h"
 
 #include <QBuffer>
 #include <QIcon>
 #include <QImageReader>
 #include <QPainter>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace tw {
 
 namespace {
-// By the bytes of its path: names need not be UTF-8.
-QByteArray readFile(const QByteArray& path)
-{
-    QByteArray data;
-    const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return data;
-    char buffer[65536];
-    for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0 && data.size() < 64 * 1024 * 1024;)
-        data.append(buffer, n);
-    ::close(fd);
-    return data;
-}
-
 QImage fitted(const QImage& image, const QSize& size)
 {
     QImage canvas(size, QImage::Format_ARGB32_Premultiplied);
@@ -42,7 +27,7 @@ QImage applicationIcon(const QByteArray&, const QByteArray& iconFile, const QSiz
     if (size.isEmpty())
         return {};
     if (!iconFile.isEmpty()) {
-        QByteArray data = readFile(iconFile);
+        QByteArray data = readFileBytes(iconFile, 64 * 1024 * 1024).value_or(QByteArray());
         QBuffer buffer(&data);
         QImageReader reader(&buffer, "icns");
         // .icns holds several sizes; Qt reads the largest first.

@@ -1,23 +1,28 @@
 #include "screens/SunburstPainter.h"
 
 #include "scan/FileNode.h"
+#include "screens/CoverageRaster.h"
+#include "screens/ThinSectors.h"
 
-#include <QPainter>
-#include <QPolygonF>
+#include <QImage>
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <span>
+#include <thread>
 
 namespace tw {
 
 namespace {
 constexpr double kFadedOpacity = 0.35;
+// Sectors narrower than this many pixels along their outer arc are painted
+// pixel by pixel, a run of them at a time (see paintRingSectors).
+constexpr double kThinSector = 2.0;
 
-// The outline of a sector: the outer arc from start to end, a line in to the
-// inner arc, the inner arc back, closed. Arcs are drawn as polylines whose
-// chords stray at most a tenth of a point from the true circle: the same
-// picture as curves, at a fraction of the cost with thousands of sectors.
-void addArc(QPolygonF& outline, const ChartGeometry& g, double radius, double from, double to)
+// Arcs become polylines whose chords stray at most a tenth of a pixel from
+// the true circle: the same picture as curves.
+void addArc(std::vector<QPointF>& outline, double centreX, double centreY, double radius,
+            double from, double to)
 {
     constexpr double kMaxDeviation = 0.1;
     const double step =
@@ -25,16 +30,8 @@ void addArc(QPolygonF& outline, const ChartGeometry& g, double radius, double fr
     const int pieces = std::max(1, int(std::ceil(std::abs(to - from) / step)));
     for (int i = 0; i <= pieces; ++i) {
         const double a = from + (to - from) * i / pieces;
-        outline.append(QPointF(g.centreX + radius * std::sin(a), g.centreY - radius * std::cos(a)));
+        outline.emplace_back(centreX + radius * std::sin(a), centreY - radius * std::cos(a));
     }
-}
-
-QPolygonF sectorOutline(const ChartGeometry& g, const Segment& s)
-{
-    QPolygonF outline;
-    addArc(outline, g, s.outerRadius, s.startAngle, s.endAngle);
-    addArc(outline, g, s.innerRadius, s.endAngle, s.startAngle);
-    return outline;
 }
 
 bool isAncestorOf(const FileNode* candidate, const FileNode* node)
@@ -45,23 +42,74 @@ bool isAncestorOf(const FileNode* candidate, const FileNode* node)
     }
     return false;
 }
+
+// What is painted, in order: runs of thin sectors of one ring, and single
+// sectors as polygons.
+struct Step {
+    std::size_t firstSector = 0;
+    std::size_t sectorCount = 0; // a run when above zero
+    std::size_t firstPoint = 0;  // else an outline
+    std::size_t pointCount = 0;
+    RingFrame ring;
+};
+
+struct Picture {
+    std::vector<Step> steps;
+    std::vector<RingSector> sectors; // the runs'
+    std::vector<QPointF> points;     // the outlines'
+    std::vector<QColor> fills;       // the outlines'
+    std::vector<bool> hits;          // the outlines'
+    std::size_t hubFirst = 0;
+    SectorStrokes strokes;
+    QColor hubFill;
+};
+
+void paintBand(const Picture& picture, const PixelBand& band)
+{
+    CoverageRaster raster(band);
+    QColor thinStroke = QColor::fromRgba(qUnpremultiply(picture.strokes.thin));
+    std::size_t outline = 0;
+    for (const Step& step : picture.steps) {
+        if (step.sectorCount > 0) {
+            paintRingSectors(band, step.ring,
+                             std::span(picture.sectors).subspan(step.firstSector, step.sectorCount),
+                             picture.strokes);
+            continue;
+        }
+        const std::span<const QPointF> points(picture.points.data() + step.firstPoint,
+                                              step.pointCount);
+        // Filled, then stroked thin; the hit once more in bold.
+        raster.fill(points, picture.fills[outline]);
+        raster.stroke(points, picture.strokes.thinWidth, thinStroke);
+        if (picture.hits[outline])
+            raster.stroke(points, picture.strokes.boldWidth, Qt::white);
+        ++outline;
+    }
+    const std::span<const QPointF> hub(picture.points.data() + picture.hubFirst,
+                                       picture.points.size() - picture.hubFirst);
+    QColor hubStroke(Qt::white);
+    hubStroke.setAlphaF(0.15F);
+    raster.fill(hub, picture.hubFill);
+    raster.stroke(hub, picture.strokes.thinWidth / 0.8, hubStroke);
+}
 } // namespace
 
-void paintSunburst(QPainter& painter, const ChartGeometry& geometry,
+void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
                    const std::vector<Segment>& segments, const Segment* hit, const QColor& hubColor)
 {
-    painter.setRenderHint(QPainter::Antialiasing, true);
-    // Strokes are cosmetic pens of the same width in device pixels: the
-    // general stroker costs several times more per sector, which matters
-    // with thousands of thin sectors redrawn on each mouse movement.
-    const double scale = std::max(painter.deviceTransform().m11(), 1e-6);
+    Q_ASSERT(canvas.format() == QImage::Format_ARGB32_Premultiplied);
+    const double scale = canvas.devicePixelRatio();
+    const double cx = geometry.centreX * scale;
+    const double cy = geometry.centreY * scale;
+    const FileNode* hitNode = hit ? hit->node : nullptr;
+
+    Picture picture;
     QColor thinStroke(Qt::white);
     thinStroke.setAlphaF(0.35F);
-    QPen thinPen(thinStroke, 0.8 * scale);
-    thinPen.setCosmetic(true);
-    QPen hitPen(Qt::white, 2.2 * scale);
-    hitPen.setCosmetic(true);
-    const FileNode* hitNode = hit ? hit->node : nullptr;
+    picture.strokes = {qPremultiply(thinStroke.rgba()), 0.8 * scale, qRgba(255, 255, 255, 255),
+                       2.2 * scale};
+    picture.hubFill = hubColor;
+    picture.hubFill.setAlphaF(0.85F);
 
     for (const Segment& segment : segments) {
         const bool isHit = hitNode && segment.node == hitNode;
@@ -71,26 +119,47 @@ void paintSunburst(QPainter& painter, const ChartGeometry& geometry,
                                        float(shade.brightness));
         if (!bright)
             fill.setAlphaF(float(kFadedOpacity));
-        const QPolygonF outline = sectorOutline(geometry, segment);
-        // Filled, then stroked thin; the hit once more in bold.
-        painter.setBrush(fill);
-        painter.setPen(thinPen);
-        painter.drawPolygon(outline);
-        if (isHit) {
-            painter.setBrush(Qt::NoBrush);
-            painter.setPen(hitPen);
-            painter.drawPolygon(outline);
+        const double outer = segment.outerRadius * scale;
+        const double inner = segment.innerRadius * scale;
+        if ((segment.endAngle - segment.startAngle) * outer < kThinSector) {
+            // Joins the run before it when that run is of the same ring.
+            Step* run = picture.steps.empty() ? nullptr : &picture.steps.back();
+            if (!run || run->sectorCount == 0 || run->ring.innerRadius != inner) {
+                picture.steps.push_back({picture.sectors.size(), 0, 0, 0, {cx, cy, inner, outer}});
+                run = &picture.steps.back();
+            }
+            picture.sectors.push_back(
+                {segment.startAngle, segment.endAngle, qPremultiply(fill.rgba()), isHit});
+            ++run->sectorCount;
+            continue;
         }
+        // The outline of a sector: the outer arc from start to end, a line in
+        // to the inner arc, the inner arc back, closed.
+        Step step;
+        step.firstPoint = picture.points.size();
+        addArc(picture.points, cx, cy, outer, segment.startAngle, segment.endAngle);
+        addArc(picture.points, cx, cy, inner, segment.endAngle, segment.startAngle);
+        step.pointCount = picture.points.size() - step.firstPoint;
+        picture.steps.push_back(step);
+        picture.fills.push_back(fill);
+        picture.hits.push_back(isHit);
     }
+    picture.hubFirst = picture.points.size();
+    addArc(picture.points, cx, cy, geometry.hubRadius * scale, 0, 2 * std::numbers::pi);
 
-    QColor hubFill = hubColor;
-    hubFill.setAlphaF(0.85F);
-    QColor hubStroke(Qt::white);
-    hubStroke.setAlphaF(0.15F);
-    painter.setPen(QPen(hubStroke, 1.0));
-    painter.setBrush(hubFill);
-    painter.drawEllipse(QPointF(geometry.centreX, geometry.centreY), geometry.hubRadius,
-                        geometry.hubRadius);
+    // Horizontal bands, one a core, each painting everything within its rows.
+    // The pixels are the same however many there are.
+    const int bands = int(std::clamp(std::thread::hardware_concurrency(), 1U, 4U));
+    const auto bandOf = [&](int index) {
+        return PixelBand{canvas.bits(), canvas.width(), canvas.bytesPerLine(),
+                         canvas.height() * index / bands, canvas.height() * (index + 1) / bands};
+    };
+    std::vector<std::thread> helpers;
+    for (int index = 1; index < bands; ++index)
+        helpers.emplace_back([&picture, band = bandOf(index)] { paintBand(picture, band); });
+    paintBand(picture, bandOf(0));
+    for (std::thread& helper : helpers)
+        helper.join();
 }
 
 } // namespace tw

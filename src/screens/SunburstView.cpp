@@ -6,6 +6,8 @@
 #include "screens/SunburstPainter.h"
 
 #include <QPainter>
+#include <algorithm>
+#include <cmath>
 
 namespace tw {
 
@@ -52,7 +54,16 @@ void SunburstView::paint(QPainter* painter)
     if (m_mouseLocation)
         hit = segmentAt(m_mouseLocation->x() - geometry.centreX,
                         m_mouseLocation->y() - geometry.centreY, segments);
-    paintSunburst(*painter, geometry, segments, hit, m_hubColor);
+    // The chart is painted into an image of our own at the painter's pixel
+    // density and copied over in one go.
+    const double scale = std::max(painter->deviceTransform().m11(), 1e-6);
+    const QSize pixels(int(std::ceil(width() * scale)), int(std::ceil(height() * scale)));
+    if (m_canvas.size() != pixels)
+        m_canvas = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+    m_canvas.setDevicePixelRatio(scale);
+    m_canvas.fill(Qt::transparent);
+    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor);
+    painter->drawImage(QPointF(0, 0), m_canvas);
 }
 
 void SunburstView::moveMouse(const QPointF& location)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QImage>
 #include <QPointF>
 #include <QPointer>
 #include <QQuickPaintedItem>
@@ -58,6 +59,7 @@ private:
     QPointer<AppState> m_state;
     QColor m_hubColor{0xec, 0xec, 0xec};
     std::optional<QPointF> m_mouseLocation;
+    QImage m_canvas; // kept between frames to spare the allocation
 };
 
 } // namespace tw

@@ -14,7 +14,6 @@
 #include "screens/SunburstPainter.h"
 
 #include <QDirIterator>
-#include <QPainter>
 #include <QQmlExtensionPlugin>
 #include <QQuickItem>
 #include <QQuickStyle>
@@ -499,8 +498,7 @@ private Q_SLOTS:
         const auto paint = [&](const Segment* hit) {
             QImage image(800, 600, QImage::Format_ARGB32_Premultiplied);
             image.fill(Qt::transparent);
-            QPainter painter(&image);
-            paintSunburst(painter, g, segments, hit, Qt::white);
+            paintSunburst(image, g, segments, hit, Qt::white);
             return image;
         };
         // No hit: nothing fades.
@@ -608,7 +606,8 @@ private Q_SLOTS:
         w.state->setDeleteCandidate(w.state->root().sibling(child(w.state->root(), "movie")));
         QQuickItem* prompt = w.item("fdaPromptCard");
         QQuickItem* remove = w.item("deleteCard");
-        QVERIFY(QTest::qWaitFor([&] { return prompt->opacity() == 1 && remove->opacity() == 1; }, 2000));
+        QVERIFY(QTest::qWaitFor([&] { return prompt->opacity() == 1 && remove->opacity() == 1; },
+                                2000));
         // The delete dialog stands in front of the prompt.
         QCOMPARE(prompt->parentItem(), remove->parentItem());
         const QList<QQuickItem*> layer = prompt->parentItem()->childItems();

@@ -192,6 +192,7 @@ void CoverageRaster::addToCell(int row, int column, double offset, double height
 void CoverageRaster::paint(const QColor& colour)
 {
     const std::uint32_t premultiplied = qPremultiply(colour.rgba());
+    const bool opaque = colour.alpha() == 255;
     for (int row = 0; row < m_rows; ++row) {
         int& first = m_firstTouched[std::size_t(row)];
         int& last = m_lastTouched[std::size_t(row)];
@@ -212,6 +213,10 @@ void CoverageRaster::paint(const QColor& colour)
             const float coverage = std::min(1.0F, std::abs(sum));
             if (coverage < kInvisible)
                 continue;
+            if (opaque && coverage >= 1.0F - kInvisible) { // inside: nothing shows through
+                pixels[column] = premultiplied;
+                continue;
+            }
             pixels[column] =
                 blendPixel(pixels[column], premultiplied, std::uint32_t(coverage * 255 + 0.5F));
         }

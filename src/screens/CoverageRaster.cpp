@@ -22,6 +22,22 @@ std::uint32_t scaled(std::uint32_t pixel, std::uint32_t factor)
     return alphaGreen | redBlue;
 }
 
+struct Bounds {
+    double left, top, right, bottom;
+};
+
+Bounds boundsOf(std::span<const QPointF> polygon)
+{
+    Bounds box{polygon[0].x(), polygon[0].y(), polygon[0].x(), polygon[0].y()};
+    for (const QPointF& point : polygon) {
+        box.left = std::min(box.left, point.x());
+        box.right = std::max(box.right, point.x());
+        box.top = std::min(box.top, point.y());
+        box.bottom = std::max(box.bottom, point.y());
+    }
+    return box;
+}
+
 } // namespace
 
 std::uint32_t blendPixel(std::uint32_t under, std::uint32_t colour, std::uint32_t coverage)
@@ -36,14 +52,8 @@ void CoverageRaster::fill(std::span<const QPointF> polygon, const QColor& colour
 {
     if (polygon.size() < 3 || colour.alpha() == 0)
         return;
-    double left = polygon[0].x(), right = left, top = polygon[0].y(), bottom = top;
-    for (const QPointF& point : polygon) {
-        left = std::min(left, point.x());
-        right = std::max(right, point.x());
-        top = std::min(top, point.y());
-        bottom = std::max(bottom, point.y());
-    }
-    if (!begin(left, top, right, bottom))
+    const Bounds box = boundsOf(polygon);
+    if (!begin(box.left, box.top, box.right, box.bottom))
         return;
     for (std::size_t i = 0; i < polygon.size(); ++i)
         addEdge(polygon[i], polygon[(i + 1) % polygon.size()]);
@@ -56,14 +66,8 @@ void CoverageRaster::stroke(std::span<const QPointF> polygon, double lineWidth,
     if (polygon.size() < 2 || lineWidth <= 0 || colour.alpha() == 0)
         return;
     const double half = lineWidth / 2;
-    double left = polygon[0].x(), right = left, top = polygon[0].y(), bottom = top;
-    for (const QPointF& point : polygon) {
-        left = std::min(left, point.x());
-        right = std::max(right, point.x());
-        top = std::min(top, point.y());
-        bottom = std::max(bottom, point.y());
-    }
-    if (!begin(left - half, top - half, right + half, bottom + half))
+    const Bounds box = boundsOf(polygon);
+    if (!begin(box.left - half, box.top - half, box.right + half, box.bottom + half))
         return;
     // Each edge becomes a rectangle of the line's width. All of them wind the
     // same way, so where they overlap their coverage adds up and is capped at

@@ -62,6 +62,7 @@ struct Picture {
     std::size_t hubFirst = 0;
     SectorStrokes strokes;
     QColor hubFill;
+    double hubStrokeWidth = 1;
 };
 
 void paintBand(const Picture& picture, const PixelBand& band)
@@ -90,7 +91,7 @@ void paintBand(const Picture& picture, const PixelBand& band)
     QColor hubStroke(Qt::white);
     hubStroke.setAlphaF(0.15F);
     raster.fill(hub, picture.hubFill);
-    raster.stroke(hub, picture.strokes.thinWidth / 0.8, hubStroke);
+    raster.stroke(hub, picture.hubStrokeWidth, hubStroke);
 }
 } // namespace
 
@@ -110,6 +111,7 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
                        2.2 * scale};
     picture.hubFill = hubColor;
     picture.hubFill.setAlphaF(0.85F);
+    picture.hubStrokeWidth = scale;
 
     for (const Segment& segment : segments) {
         const bool isHit = hitNode && segment.node == hitNode;

@@ -66,31 +66,18 @@ void paintWithQPainter(QImage& image, const tw::ChartGeometry& g,
     thin.setCosmetic(true);
     QPen bold(Qt::white, 2.2);
     bold.setCosmetic(true);
-    const auto arc = [&](QPolygonF& outline, double radius, double from, double to) {
-        const double step = 2 * std::acos(std::max(0.0, 1 - 0.1 / std::max(radius, 0.1)));
-        const int pieces = std::max(1, int(std::ceil(std::abs(to - from) / std::max(step, 1e-6))));
-        for (int i = 0; i <= pieces; ++i) {
-            const double a = from + (to - from) * i / pieces;
-            outline.append(
-                QPointF(g.centreX + radius * std::sin(a), g.centreY - radius * std::cos(a)));
-        }
-    };
+    const tw::FileNode* hovered = hit ? hit->node : nullptr;
+    std::vector<QPointF> points;
     for (const tw::Segment& segment : segments) {
-        bool bright = !hit || segment.node == hit->node;
-        for (const tw::FileNode* at = hit ? hit->node->parent() : nullptr; at && !bright;
-             at = at->parent())
-            bright = at == segment.node;
-        const tw::Shade shade = tw::shadeForRing(segment.ring);
-        QColor fill = QColor::fromHsvF(float(segment.colorHue), float(shade.saturation),
-                                       float(shade.brightness));
-        fill.setAlphaF(bright ? 1.0F : 0.35F);
-        QPolygonF outline;
-        arc(outline, segment.outerRadius, segment.startAngle, segment.endAngle);
-        arc(outline, segment.innerRadius, segment.endAngle, segment.startAngle);
-        painter.setBrush(fill);
+        points.clear();
+        tw::appendSectorOutline(points,
+                                {g.centreX, g.centreY, segment.innerRadius, segment.outerRadius},
+                                segment.startAngle, segment.endAngle);
+        const QPolygonF outline(QList<QPointF>(points.begin(), points.end()));
+        painter.setBrush(tw::sectorFill(segment, hovered));
         painter.setPen(thin);
         painter.drawPolygon(outline);
-        if (hit && segment.node == hit->node) {
+        if (segment.node == hovered) {
             painter.setBrush(Qt::NoBrush);
             painter.setPen(bold);
             painter.drawPolygon(outline);

@@ -34,15 +34,6 @@ void addArc(std::vector<QPointF>& outline, double centreX, double centreY, doubl
     }
 }
 
-bool isAncestorOf(const FileNode* candidate, const FileNode* node)
-{
-    for (const FileNode* at = node->parent(); at; at = at->parent()) {
-        if (at == candidate)
-            return true;
-    }
-    return false;
-}
-
 // What is painted, in order: runs of thin sectors of one ring, and single
 // sectors as polygons.
 struct Step {
@@ -95,6 +86,27 @@ void paintBand(const Picture& picture, const PixelBand& band)
 }
 } // namespace
 
+QColor sectorFill(const Segment& segment, const FileNode* hovered)
+{
+    const Shade shade = shadeForRing(segment.ring);
+    QColor fill =
+        QColor::fromHsvF(float(segment.colorHue), float(shade.saturation), float(shade.brightness));
+    bool bright = !hovered || segment.node == hovered;
+    for (const FileNode* at = hovered ? hovered->parent() : nullptr; at && !bright;
+         at = at->parent())
+        bright = at == segment.node;
+    if (!bright)
+        fill.setAlphaF(float(kFadedOpacity));
+    return fill;
+}
+
+void appendSectorOutline(std::vector<QPointF>& points, const RingFrame& ring, double startAngle,
+                         double endAngle)
+{
+    addArc(points, ring.centreX, ring.centreY, ring.outerRadius, startAngle, endAngle);
+    addArc(points, ring.centreX, ring.centreY, ring.innerRadius, endAngle, startAngle);
+}
+
 void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
                    const std::vector<Segment>& segments, const Segment* hit, const QColor& hubColor)
 {
@@ -115,12 +127,7 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
 
     for (const Segment& segment : segments) {
         const bool isHit = hitNode && segment.node == hitNode;
-        const bool bright = !hitNode || isHit || isAncestorOf(segment.node, hitNode);
-        const Shade shade = shadeForRing(segment.ring);
-        QColor fill = QColor::fromHsvF(float(segment.colorHue), float(shade.saturation),
-                                       float(shade.brightness));
-        if (!bright)
-            fill.setAlphaF(float(kFadedOpacity));
+        const QColor fill = sectorFill(segment, hitNode);
         const double outer = segment.outerRadius * scale;
         const double inner = segment.innerRadius * scale;
         if ((segment.endAngle - segment.startAngle) * outer < kThinSector) {
@@ -135,12 +142,10 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
             ++run->sectorCount;
             continue;
         }
-        // The outline of a sector: the outer arc from start to end, a line in
-        // to the inner arc, the inner arc back, closed.
         Step step;
         step.firstPoint = picture.points.size();
-        addArc(picture.points, cx, cy, outer, segment.startAngle, segment.endAngle);
-        addArc(picture.points, cx, cy, inner, segment.endAngle, segment.startAngle);
+        appendSectorOutline(picture.points, {cx, cy, inner, outer}, segment.startAngle,
+                            segment.endAngle);
         step.pointCount = picture.points.size() - step.firstPoint;
         picture.steps.push_back(step);
         picture.fills.push_back(fill);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "chart/SunburstLayout.h"
+#include "screens/ThinSectors.h"
 
 #include <QColor>
+#include <QPointF>
 #include <vector>
 
 class QImage;
@@ -18,5 +20,15 @@ namespace tw {
 void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
                    const std::vector<Segment>& segments, const Segment* hit,
                    const QColor& hubColor);
+
+// A sector's fill: its hue at its ring's shade, faded to 0.35 while
+// something is hovered unless it is the hovered node or one of its ancestors.
+[[nodiscard]] QColor sectorFill(const Segment& segment, const FileNode* hovered);
+
+// A sector of `ring` as a closed polygon, appended to `points`: the outer arc
+// from start to end, then the inner arc back, both as polylines whose chords
+// stray at most a tenth of a pixel from the circle.
+void appendSectorOutline(std::vector<QPointF>& points, const RingFrame& ring, double startAngle,
+                         double endAngle);
 
 } // namespace tw

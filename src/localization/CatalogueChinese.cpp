@@ -111,6 +111,8 @@ const Table& chinese()
         {"appstore.limited.diagram", "沙盒限制使部分文件夹未包含在此次扫描中。"},
         {"appstore.limited.uninstall", "~/Library 中的部分相关文件可能被沙盒隐藏。"},
         {"appstore.limited.cta", "获取完整版"},
+        {"trash.noUsableTrash", "没有可安全接收此项目的废纸篓：「%@」无法创建或不属于你。该项目保留在原处。"},
+        {"trash.notFiled", "该项目已移出原文件夹，但无法为其创建废纸篓条目。它现在位于「%@」。"},
     }};
     return table;
 }

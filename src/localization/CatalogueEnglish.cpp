@@ -111,6 +111,8 @@ const Table& english()
         {"appstore.limited.diagram", "Sandbox restrictions hide some folders from this scan."},
         {"appstore.limited.uninstall", "Some related files in ~/Library may be hidden by the sandbox."},
         {"appstore.limited.cta", "Get full version"},
+        {"trash.noUsableTrash", "No Trash can safely take this item: “%@” could not be made or is not yours. The item stays where it is."},
+        {"trash.notFiled", "The item left its folder, but no Trash entry could be made for it. It is now in “%@”."},
     }};
     return table;
 }

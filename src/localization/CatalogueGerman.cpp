@@ -112,6 +112,8 @@ const Table& german()
         {"appstore.limited.diagram", "Sandbox-Beschränkungen verbergen einige Ordner vor diesem Scan."},
         {"appstore.limited.uninstall", "Einige zugehörige Dateien in ~/Library können durch die Sandbox verborgen sein."},
         {"appstore.limited.cta", "Vollversion herunterladen"},
+        {"trash.noUsableTrash", "Kein Papierkorb kann dieses Objekt sicher aufnehmen: „%@“ ließ sich nicht anlegen oder gehört nicht dir. Das Objekt bleibt, wo es ist."},
+        {"trash.notFiled", "Das Objekt hat seinen Ordner verlassen, aber es ließ sich kein Papierkorbeintrag dafür anlegen. Es liegt jetzt in „%@“."},
     }};
     return table;
 }

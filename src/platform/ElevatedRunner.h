@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QString>
 #include <vector>
 
@@ -24,6 +25,9 @@ public:
         QString launchError;    // why the tool could not start
         bool dismissed = false; // the tool says the user dismissed its prompt
         QByteArray errorOutput; // the tool's standard error, as it came
+        // Items that left their place but did not become whole Trash entries,
+        // with where they are now (Linux, where the run files them itself).
+        QHash<QByteArray, QByteArray> unfiled;
     };
     // One item of the script: the fresh folder it is moved into, and where
     // it came from.

@@ -16,9 +16,20 @@ namespace tw {
 // worker thread only. Never deletes: every removal is a move.
 class Trash {
 public:
+    // Why one item stayed, where the platform can tell items apart.
+    struct Failure {
+        QString message; // the system's sentence
+        // The item's volume has no Trash that may safely be used (say, a
+        // link planted by another user): no rights would help, so such an
+        // item never goes to the administrator prompt. `trash` names it.
+        bool noUsableTrash = false;
+        QByteArray trash;
+    };
     struct Answer {
         QHash<QByteArray, QByteArray> moved; // old place -> new place
         std::optional<QString> error;
+        // Per item, where known; an unmoved item missing here takes `error`.
+        QHash<QByteArray, Failure> failures;
     };
     virtual ~Trash() = default;
     [[nodiscard]] virtual Answer recycle(const QList<QByteArray>& paths) = 0;

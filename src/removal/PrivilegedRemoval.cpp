@@ -3,7 +3,9 @@
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
 
+#include <QFile>
 #include <QUuid>
+#include <cerrno>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,10 +17,12 @@ QString text(const char* key)
     return LocalizationManager::shared().string(QString::fromLatin1(key));
 }
 
+// Only a name that is gone has moved; one we may not look at is not known
+// to have.
 bool stillThere(const QByteArray& path)
 {
     struct stat facts {};
-    return ::lstat(path.constData(), &facts) == 0;
+    return ::lstat(path.constData(), &facts) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 } // namespace
 
@@ -100,6 +104,12 @@ BatchOutcome privilegedRecycle(const QList<QByteArray>& paths, ElevatedRunner& r
     for (qsizetype i = 0; i < paths.size(); ++i) {
         if (stillThere(paths[i])) {
             outcome.failed.append({paths[i], message});
+        } else if (const auto where = result.unfiled.constFind(paths[i]);
+                   where != result.unfiled.cend()) {
+            // Out of its place is not yet in the Trash: without its entry no
+            // file manager lists it, so the user must hear where it went.
+            outcome.failed.append(
+                {paths[i], fillText(text("trash.notFiled"), QFile::decodeName(*where))});
         } else {
             outcome.succeeded.append(paths[i]);
         }

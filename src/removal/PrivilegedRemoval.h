@@ -34,7 +34,8 @@ makePrivilegedTrashScript(const QList<QByteArray>& paths, const QByteArray& tras
 [[nodiscard]] QByteArray appleScriptFor(const QByteArray& script);
 
 // Runs the script for `paths` through `runner` and lets the file system
-// judge: an item gone from its place has moved, one still there failed with
+// judge: an item gone from its place has moved (unless the runner says it
+// never became a whole Trash entry), one still there failed with
 // the tool's words ("trash.userCancelled" for a dismissed prompt,
 // "trash.adminFailed" when the tool said nothing). Blocks for as long as the
 // prompt is open: worker threads only.

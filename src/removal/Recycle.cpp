@@ -1,6 +1,7 @@
 #include "removal/Recycle.h"
 
 #include "localization/LocalizationManager.h"
+#include "localization/TextFormat.h"
 #include "platform/ElevatedRunner.h"
 #include "platform/Trash.h"
 #include "removal/PrivilegedRemoval.h"
@@ -30,6 +31,12 @@ bool needsAdministrator(const QString& message)
     const QString lower = message.toLower();
     return lower.contains(QLatin1String("permission")) ||
            lower.contains(QLatin1String("not permitted"));
+}
+QString messageFor(const Trash::Failure& failure)
+{
+    if (failure.noUsableTrash)
+        return fillText(text("trash.noUsableTrash"), QFile::decodeName(failure.trash));
+    return failure.message;
 }
 } // namespace
 
@@ -69,6 +76,8 @@ QString TrashError::errorDescription() const
 QByteArray recycle(const QByteArray& path, Trash& trash)
 {
     const Trash::Answer answer = trash.recycle({path});
+    if (const auto failure = answer.failures.constFind(path); failure != answer.failures.cend())
+        throw TrashError::failed(messageFor(*failure));
     if (answer.error)
         throw TrashError::failed(*answer.error);
     const auto moved = answer.moved.constFind(path);
@@ -102,8 +111,12 @@ BatchOutcome recycleBatch(const QList<QByteArray>& paths, Trash& trash, Elevated
             outcome.succeeded.append(path);
             continue;
         }
-        const QString message = answer.error ? *answer.error : text("trash.cannotMove");
-        if (needsAdministrator(message))
+        const auto failure = answer.failures.constFind(path);
+        const QString message = failure != answer.failures.cend() ? messageFor(*failure)
+                                : answer.error                    ? *answer.error
+                                                                  : text("trash.cannotMove");
+        const bool noUsableTrash = failure != answer.failures.cend() && failure->noUsableTrash;
+        if (!noUsableTrash && needsAdministrator(message))
             needsAdmin.append(path);
         else
             outcome.failed.append({path, message});

@@ -4,36 +4,155 @@
 #include <QDir>
 #include <QFile>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace tw {
 
 namespace {
+
+// Owns one descriptor.
+class Fd {
+public:
+    explicit Fd(int fd = -1) : m_fd(fd) {}
+    Fd(Fd&& other) noexcept : m_fd(other.m_fd) { other.m_fd = -1; }
+    Fd& operator=(Fd&& other) noexcept
+    {
+        std::swap(m_fd, other.m_fd);
+        return *this;
+    }
+    Fd(const Fd&) = delete;
+    Fd& operator=(const Fd&) = delete;
+    ~Fd()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    [[nodiscard]] int get() const { return m_fd; }
+    [[nodiscard]] bool valid() const { return m_fd >= 0; }
+
+private:
+    int m_fd;
+};
+
+// What a trash folder must be to be ours.
+enum class Strictness {
+    ownFolder, // a real folder owned by us
+    private0700 // the same, and mode exactly 0700 (a mount's .Trash-$uid)
+};
+
+// Why a folder was refused: an errno, or kUnsafe for one that exists but
+// is not ours to use.
+constexpr int kUnsafe = -1;
+
+// Makes `name` under `parent` where missing and opens it without following
+// a link, then checks what was opened. Returns the descriptor and 0, or an
+// invalid one and the reason.
+std::pair<Fd, int> openOwnFolder(int parent, const char* name, Strictness strictness)
+{
+    if (::mkdirat(parent, name, 0700) != 0 && errno != EEXIST)
+        return {Fd(), errno};
+    Fd fd(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!fd.valid())
+        return {Fd(), errno == ELOOP || errno == ENOTDIR ? kUnsafe : errno};
+    struct stat facts {};
+    if (::fstat(fd.get(), &facts) != 0)
+        return {Fd(), errno};
+    const bool ours = S_ISDIR(facts.st_mode) && facts.st_uid == ::geteuid();
+    if (!ours || (strictness == Strictness::private0700 && (facts.st_mode & 07777) != 0700))
+        return {Fd(), kUnsafe};
+    return {std::move(fd), 0};
+}
+
+// An opened trash: the folder, its files/ and info/.
+struct TrashFolder {
+    QByteArray path;
+    Fd files;
+    Fd info;
+};
+
+// Opens files/ and info/ inside an opened trash folder.
+int openParts(const Fd& trash, TrashFolder& into)
+{
+    auto [files, filesError] = openOwnFolder(trash.get(), "files", Strictness::ownFolder);
+    if (filesError)
+        return filesError;
+    auto [info, infoError] = openOwnFolder(trash.get(), "info", Strictness::ownFolder);
+    if (infoError)
+        return infoError;
+    into.files = std::move(files);
+    into.info = std::move(info);
+    return 0;
+}
+
 bool makeDirectory(const QByteArray& path, mode_t mode)
 {
     return ::mkdir(path.constData(), mode) == 0 || errno == EEXIST;
 }
 
-} // namespace
-
-// `trash` with files/ and info/, created (0700, parents too) as needed.
-int FreedesktopTrash::prepare(const QByteArray& trash)
+// The home trash, its parents made where missing. The parents are the
+// user's own (a linked ~/.local is the user's choice); the trash itself and
+// its two folders must be real folders of ours.
+std::pair<TrashFolder, int> openHomeTrash(const QByteArray& trash)
 {
-    for (qsizetype slash = trash.indexOf('/', 1); slash > 0;
-         slash = trash.indexOf('/', slash + 1)) {
-        if (!makeDirectory(trash.left(slash), 0700))
-            return errno;
+    TrashFolder folder;
+    folder.path = trash;
+    const qsizetype slash = trash.lastIndexOf('/');
+    if (slash <= 0)
+        return {std::move(folder), ENOENT};
+    const QByteArray parent = trash.left(slash);
+    for (qsizetype at = parent.indexOf('/', 1); at > 0; at = parent.indexOf('/', at + 1)) {
+        if (!makeDirectory(parent.left(at), 0700))
+            return {std::move(folder), errno};
     }
-    if (!makeDirectory(trash, 0700) || !makeDirectory(trash + "/files", 0700) ||
-        !makeDirectory(trash + "/info", 0700))
-        return errno;
-    return 0;
+    if (!makeDirectory(parent, 0700))
+        return {std::move(folder), errno};
+    const Fd parentFd(::open(parent.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!parentFd.valid())
+        return {std::move(folder), errno};
+    const QByteArray name = trash.mid(slash + 1);
+    auto [own, error] = openOwnFolder(parentFd.get(), name.constData(), Strictness::ownFolder);
+    if (error)
+        return {std::move(folder), error};
+    return {std::move(folder), openParts(own, folder)};
 }
 
-namespace {
+// A mount's trash, as the freedesktop.org rules have it: the shared
+// $topdir/.Trash/$uid only where .Trash is a real folder with the sticky bit
+// (so no other user can swap our folder in it), else $topdir/.Trash-$uid,
+// private to us. Returns the refusal of the second where neither is usable.
+std::pair<TrashFolder, int> openVolumeTrash(const QByteArray& topdir)
+{
+    TrashFolder folder;
+    const QByteArray top = topdir.endsWith('/') ? topdir : topdir + '/';
+    const QByteArray uid = QByteArray::number(::getuid());
+    const Fd topFd(::open(top.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!topFd.valid()) {
+        folder.path = top + ".Trash-" + uid;
+        return {std::move(folder), errno};
+    }
+
+    const Fd shared(::openat(topFd.get(), ".Trash", O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat sharedFacts {};
+    if (shared.valid() && ::fstat(shared.get(), &sharedFacts) == 0 &&
+        S_ISDIR(sharedFacts.st_mode) && (sharedFacts.st_mode & S_ISVTX)) {
+        auto [own, error] = openOwnFolder(shared.get(), uid.constData(), Strictness::ownFolder);
+        folder.path = top + ".Trash/" + uid;
+        if (!error && openParts(own, folder) == 0)
+            return {std::move(folder), 0};
+    }
+
+    folder.path = top + ".Trash-" + uid;
+    const QByteArray privateName = ".Trash-" + uid;
+    auto [own, error] = openOwnFolder(topFd.get(), privateName.constData(), Strictness::private0700);
+    if (error)
+        return {std::move(folder), error};
+    return {std::move(folder), openParts(own, folder)};
+}
 
 bool writeAll(int fd, const QByteArray& data)
 {
@@ -53,7 +172,72 @@ QByteArray absolute(const QByteArray& path)
 {
     return path.startsWith('/') ? path : QFile::encodeName(QDir::currentPath()) + '/' + path;
 }
+
+// Moves `item` to `name` in `files` unless something is there already:
+// EEXIST then. The kernel decides atomically where it can; elsewhere a look
+// just before the move has to do.
+int moveWithoutReplacing(const QByteArray& item, int files, const QByteArray& name)
+{
+    if (::renameat2(AT_FDCWD, item.constData(), files, name.constData(), RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    struct stat facts {};
+    if (::fstatat(files, name.constData(), &facts, AT_SYMLINK_NOFOLLOW) == 0)
+        return EEXIST;
+    return ::renameat(AT_FDCWD, item.constData(), files, name.constData()) == 0 ? 0 : errno;
+}
+
+// Puts `item` into the opened trash as an entry whose info file names
+// `infoPath`. Returns the new place, or the errno of the failure.
+std::pair<QByteArray, int> place(const TrashFolder& trash, const QByteArray& item,
+                                 const QByteArray& infoPath)
+{
+    QByteArray base = item.mid(item.lastIndexOf('/') + 1);
+    if (base.isEmpty())
+        base = "item";
+    const QByteArray info =
+        "[Trash Info]\nPath=" + FreedesktopTrash::escapePath(infoPath) + "\nDeletionDate=" +
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddThh:mm:ss")).toLatin1() +
+        '\n';
+    for (int attempt = 1; attempt < 100000; ++attempt) {
+        const QByteArray name = FreedesktopTrash::entryName(base, attempt);
+        const QByteArray infoName = name + ".trashinfo";
+        // The info file is claimed first and exclusively: that is what keeps
+        // two entries from ever sharing a name.
+        const int fd = ::openat(trash.info.get(), infoName.constData(),
+                                O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+        if (fd < 0) {
+            if (errno == EEXIST)
+                continue;
+            return {{}, errno};
+        }
+        const bool written = writeAll(fd, info);
+        const int writeError = errno;
+        const bool closed = ::close(fd) == 0;
+        if (!written || !closed) {
+            ::unlinkat(trash.info.get(), infoName.constData(), 0); // our own claim
+            return {{}, !written && writeError ? writeError : EIO};
+        }
+        const int moveError = moveWithoutReplacing(item, trash.files.get(), name);
+        if (moveError) {
+            ::unlinkat(trash.info.get(), infoName.constData(), 0); // our own claim
+            if (moveError == EEXIST)
+                continue;
+            return {{}, moveError};
+        }
+        return {trash.path + "/files/" + name, 0};
+    }
+    return {{}, EEXIST};
+}
+
 } // namespace
+
+int FreedesktopTrash::prepareHome(const QByteArray& trash)
+{
+    const int error = openHomeTrash(trash).second;
+    return error == kUnsafe ? EPERM : error;
+}
 
 FreedesktopTrash::FreedesktopTrash(std::optional<QByteArray> homeTrash,
                                    std::function<QByteArray(const QByteArray&)> topdirOf)
@@ -73,18 +257,26 @@ QByteArray FreedesktopTrash::defaultHomeTrash()
 
 QByteArray FreedesktopTrash::mountTopdir(const QByteArray& path)
 {
-    QByteArray at = absolute(path);
+    // The item's real folder first: through a link into another mount, the
+    // path as typed climbs the wrong file system.
+    const QByteArray given = absolute(path);
+    const qsizetype slash = given.lastIndexOf('/');
+    const QByteArray parent = slash <= 0 ? QByteArray("/") : given.left(slash);
+    char resolved[PATH_MAX];
+    if (!::realpath(parent.constData(), resolved))
+        return "/";
+    QByteArray at(resolved);
     struct stat facts {};
-    if (::lstat(at.constData(), &facts) != 0)
+    if (::stat(at.constData(), &facts) != 0)
         return "/";
     const dev_t device = facts.st_dev;
     while (at.size() > 1) {
-        const qsizetype slash = at.lastIndexOf('/');
-        const QByteArray parent = slash <= 0 ? QByteArray("/") : at.left(slash);
-        struct stat parentFacts {};
-        if (::stat(parent.constData(), &parentFacts) != 0 || parentFacts.st_dev != device)
+        const qsizetype up = at.lastIndexOf('/');
+        const QByteArray above = up <= 0 ? QByteArray("/") : at.left(up);
+        struct stat aboveFacts {};
+        if (::stat(above.constData(), &aboveFacts) != 0 || aboveFacts.st_dev != device)
             return at;
-        at = parent;
+        at = above;
     }
     return "/";
 }
@@ -94,79 +286,77 @@ QByteArray FreedesktopTrash::escapePath(const QByteArray& path)
     return path.toPercentEncoding("/");
 }
 
-std::pair<QByteArray, int> FreedesktopTrash::place(const QByteArray& trash, const QByteArray& item,
-                                                   const QByteArray& infoPath)
+QByteArray FreedesktopTrash::entryName(const QByteArray& base, int attempt)
 {
-    if (const int error = prepare(trash))
-        return {{}, error};
-    QByteArray base = item.mid(item.lastIndexOf('/') + 1);
-    if (base.isEmpty())
-        base = "item";
-    const QByteArray info =
-        "[Trash Info]\nPath=" + escapePath(infoPath) + "\nDeletionDate=" +
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddThh:mm:ss")).toLatin1() +
-        '\n';
-    for (int attempt = 1; attempt < 100000; ++attempt) {
-        const QByteArray name = attempt == 1 ? base : base + '.' + QByteArray::number(attempt);
-        const QByteArray infoFile = trash + "/info/" + name + ".trashinfo";
-        // The info file is claimed first and exclusively: that is what keeps
-        // two entries from ever sharing a name.
-        const int fd = ::open(infoFile.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-        if (fd < 0) {
-            if (errno == EEXIST)
-                continue;
-            return {{}, errno};
-        }
-        const QByteArray target = trash + "/files/" + name;
-        struct stat facts {};
-        const bool taken = ::lstat(target.constData(), &facts) == 0;
-        const bool written = !taken && writeAll(fd, info);
-        const int writeError = errno;
-        ::close(fd);
-        if (taken) {
-            ::unlink(infoFile.constData()); // our own claim, not a user's file
-            continue;
-        }
-        if (!written) {
-            ::unlink(infoFile.constData());
-            return {{}, writeError ? writeError : EIO};
-        }
-        if (::rename(item.constData(), target.constData()) != 0) {
-            const int moveError = errno;
-            ::unlink(infoFile.constData());
-            return {{}, moveError};
-        }
-        return {target, 0};
-    }
-    return {{}, EEXIST};
+    // NAME_MAX less ".trashinfo".
+    constexpr qsizetype kLongest = 255 - 10;
+    const QByteArray counter = attempt == 1 ? QByteArray() : '.' + QByteArray::number(attempt);
+    if (base.size() + counter.size() <= kLongest)
+        return base + counter;
+    // Cut: the extension stays, so the entry still opens with the right
+    // program; the full name lives on in the info file's path.
+    const qsizetype dot = base.lastIndexOf('.');
+    const QByteArray extension = dot > 0 && base.size() - dot <= 16 ? base.mid(dot) : QByteArray();
+    const QByteArray number = '~' + QByteArray::number(attempt);
+    qsizetype keep = kLongest - extension.size() - number.size();
+    // Not inside a UTF-8 sequence: a readable name stays readable.
+    while (keep > 0 && (uchar(base[keep]) & 0xC0) == 0x80)
+        --keep;
+    return base.left(keep) + number + extension;
 }
 
 Trash::Answer FreedesktopTrash::recycle(const QList<QByteArray>& paths)
 {
     Answer answer;
-    struct stat home {};
-    const bool haveHome = prepare(m_homeTrash) == 0 && ::stat(m_homeTrash.constData(), &home) == 0;
+    auto [home, homeError] = openHomeTrash(m_homeTrash);
+    // The home trash's device, even where the trash itself is refused: its
+    // items must not wander to another trash then.
+    struct stat homeFacts {};
+    const QByteArray homeParent = m_homeTrash.left(m_homeTrash.lastIndexOf('/'));
+    const bool haveHome = homeError ? ::stat(homeParent.constData(), &homeFacts) == 0
+                                    : ::fstat(home.files.get(), &homeFacts) == 0;
     for (const QByteArray& given : paths) {
         const QByteArray path = absolute(given);
         struct stat facts {};
         int error = 0;
         QByteArray moved;
+        QByteArray unusable;
         if (::lstat(path.constData(), &facts) != 0) {
             error = errno;
-        } else if (haveHome && facts.st_dev == home.st_dev) {
-            std::tie(moved, error) = place(m_homeTrash, path, path);
+        } else if (haveHome && facts.st_dev == homeFacts.st_dev) {
+            if (homeError)
+                unusable = m_homeTrash;
+            else
+                std::tie(moved, error) = place(home, path, path);
         } else {
-            // Another file system: its own trash at the top of the mount.
+            // Another file system: its own trash at the top of the mount,
+            // and Path= relative to that top, found along the real folders.
             const QByteArray topdir = m_topdirOf(path);
-            const QByteArray trash = (topdir.endsWith('/') ? topdir : topdir + '/') + ".Trash-" +
-                                     QByteArray::number(::getuid());
-            const QByteArray relative =
-                path.mid(topdir.endsWith('/') ? topdir.size() : topdir.size() + 1);
-            std::tie(moved, error) = place(trash, path, relative);
+            const QByteArray top = topdir.endsWith('/') ? topdir : topdir + '/';
+            char resolved[PATH_MAX];
+            const qsizetype slash = path.lastIndexOf('/');
+            const QByteArray parent = slash <= 0 ? QByteArray("/") : path.left(slash);
+            QByteArray real = ::realpath(parent.constData(), resolved)
+                                  ? QByteArray(resolved) + path.mid(slash)
+                                  : path;
+            if (real.startsWith("//"))
+                real.remove(0, 1);
+            const QByteArray relative = real.startsWith(top) ? real.mid(top.size()) : real;
+            // A trash that cannot be made is no question of rights over the
+            // item: it is reported as such, never sent to the password prompt.
+            auto [volume, volumeError] = openVolumeTrash(topdir);
+            if (volumeError)
+                unusable = volume.path;
+            else
+                std::tie(moved, error) = place(volume, path, relative);
         }
-        if (error) {
+        if (!unusable.isEmpty()) {
+            answer.failures.insert(given, {{}, true, unusable});
+        } else if (error) {
+            const QString sentence = QString::fromLocal8Bit(std::strerror(error));
+            answer.failures.insert(given, {sentence, false, {}});
             if (!answer.error)
-                answer.error = QString::fromLocal8Bit(std::strerror(error));
+                answer.error = sentence;
         } else {
             answer.moved.insert(given, moved);
         }

@@ -10,11 +10,17 @@ namespace tw {
 
 // The freedesktop.org Trash: items on the home's file system go to the home
 // trash ($XDG_DATA_HOME/Trash, else ~/.local/share/Trash); items on other
-// mounts to that mount's own $topdir/.Trash-$UID, so nothing is ever copied
-// across devices. Every item gets an info/NAME.trashinfo (the escaped
-// original path and the date) written before the move, so file managers list
-// it and can put it back; names never collide. A move is a rename and nothing
-// else: a failure leaves the item where it was, with strerror's sentence.
+// mounts to that mount's own trash, so nothing is ever copied across devices.
+// Every item gets an info/NAME.trashinfo (the escaped original path and the
+// date) written before the move, so file managers list it and can put it
+// back; names never collide. A move is a rename and nothing else: a failure
+// leaves the item where it was, with strerror's sentence.
+//
+// A mount's trash is shared ground: another user may have planted a link or
+// a folder of their own where ours should be. Trash folders are therefore
+// made and opened without following links and checked for owner and mode;
+// one that fails the checks is never used, and its items stay in place with
+// a message that does not lead to the administrator prompt.
 class FreedesktopTrash : public Trash {
 public:
     // `homeTrash`: the home trash directory; `topdirOf`: the top of the mount
@@ -25,21 +31,23 @@ public:
     [[nodiscard]] Answer recycle(const QList<QByteArray>& paths) override;
 
     [[nodiscard]] const QByteArray& homeTrash() const { return m_homeTrash; }
-    // Puts `item` into `trash` (which has files/ and info/) as an entry for
-    // `originalPath`, written as `infoPath` in the info file. Returns the new
-    // place, or the errno of the failure.
-    static std::pair<QByteArray, int> place(const QByteArray& trash, const QByteArray& item,
-                                            const QByteArray& infoPath);
 
-    // `trash` with files/ and info/, made (0700, with parents) where missing.
-    // Returns 0 or the errno of the failure.
-    static int prepare(const QByteArray& trash);
+    // The home trash with files/ and info/, made (0700, with parents) where
+    // missing; its own folders must be real folders of ours. Returns 0 or an
+    // errno.
+    static int prepareHome(const QByteArray& trash);
     // The home trash as the running user's environment names it.
     static QByteArray defaultHomeTrash();
-    // The top directory of the mount that holds `path`.
+    // The top directory of the mount that holds `path`, found from the
+    // item's real parent folder (links along the way resolved).
     static QByteArray mountTopdir(const QByteArray& path);
     // Path= value: bytes percent-escaped, "/" kept.
     static QByteArray escapePath(const QByteArray& path);
+    // The entry name for an item called `base`, at the `attempt`-th try
+    // (1, 2, …): the name itself, then "name.2", "name.3"… A name too long to
+    // carry ".trashinfo" within the file system's 255 bytes is cut, keeping
+    // its extension, and always numbered ("stem~1.ext").
+    static QByteArray entryName(const QByteArray& base, int attempt);
 
 private:
     QByteArray m_homeTrash;

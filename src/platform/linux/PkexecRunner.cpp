@@ -2,6 +2,7 @@
 
 #include "platform/linux/FreedesktopTrash.h"
 #include "removal/PrivilegedRemoval.h"
+#include "scan/RawFiles.h"
 
 #include <QDateTime>
 #include <QSet>
@@ -24,6 +25,15 @@ namespace tw {
 namespace {
 // pkexec's exit status when the user dismissed its dialog.
 constexpr int kDismissed = 126;
+
+// Whether the info file at `infoFile` is ours for `original`: one planted
+// under the same name describes something else.
+bool describes(const QByteArray& infoFile, const QByteArray& original)
+{
+    const std::optional<QByteArray> info = readFileBytes(infoFile, 64 * 1024);
+    const QByteArray line = "\nPath=" + FreedesktopTrash::escapePath(original) + '\n';
+    return info && info->contains(line);
+}
 } // namespace
 
 PkexecRunner::PkexecRunner(QByteArrayList prefix, QByteArray homeTrash)
@@ -42,7 +52,8 @@ ScriptTools PkexecRunner::tools() const
     return {"/bin/mkdir", "/bin/chown", "/bin/mv"};
 }
 
-QByteArray PkexecRunner::entryHandler(const std::vector<StagedItem>& items) const
+QByteArray PkexecRunner::entryHandler(const std::vector<StagedItem>& items,
+                                      QList<QByteArray>* entries) const
 {
     const QByteArray files = m_homeTrash + "/files/";
     const QByteArray info = m_homeTrash + "/info/";
@@ -57,16 +68,22 @@ QByteArray PkexecRunner::entryHandler(const std::vector<StagedItem>& items) cons
     QByteArray handler = "tidewick_file_entries() {\n";
     for (const StagedItem& item : items) {
         const QByteArray name = item.originalPath.mid(item.originalPath.lastIndexOf('/') + 1);
-        QByteArray entry = name;
-        for (int n = 2;
-             chosen.contains(entry) || taken(files + entry) || taken(info + entry + ".trashinfo");
-             ++n)
-            entry = name + '.' + QByteArray::number(n);
+        QByteArray entry;
+        for (int attempt = 1;; ++attempt) {
+            entry = FreedesktopTrash::entryName(name, attempt);
+            if (!chosen.contains(entry) && !taken(files + entry) &&
+                !taken(info + entry + ".trashinfo"))
+                break;
+        }
         chosen.insert(entry);
+        if (entries)
+            entries->append(entry);
         const QByteArray staged = shellQuoted(item.stagingDirectory + '/' + name);
         const QByteArray target = shellQuoted(files + entry);
         const QByteArray infoFile = shellQuoted(info + entry + ".trashinfo");
         // Moved on first, described second: nothing here ever removes a file.
+        // The staging folder goes only once the entry is whole, so an item
+        // whose info could not be written is found where it waits.
         handler += "  if [ -e " + staged + " ] || [ -L " + staged +
                    " ]; then\n"
                    "    if /bin/mv -n " +
@@ -75,10 +92,7 @@ QByteArray PkexecRunner::entryHandler(const std::vector<StagedItem>& items) cons
                    "      (set -C; printf '%s\\n' '[Trash Info]' " +
                    shellQuoted("Path=" + FreedesktopTrash::escapePath(item.originalPath)) + ' ' +
                    shellQuoted("DeletionDate=" + date) + " > " + infoFile + ") && /bin/chown " +
-                   owner + ' ' + infoFile +
-                   "\n"
-                   "      /bin/rmdir " +
-                   shellQuoted(item.stagingDirectory) +
+                   owner + ' ' + infoFile + " && /bin/rmdir " + shellQuoted(item.stagingDirectory) +
                    "\n"
                    "    fi\n"
                    "  fi\n";
@@ -92,7 +106,7 @@ ElevatedRunner::Result PkexecRunner::run(const QByteArray& script,
 {
     Result result;
     // The staging folders go into files/, which must exist as for any entry.
-    (void)FreedesktopTrash::prepare(m_homeTrash);
+    (void)FreedesktopTrash::prepareHome(m_homeTrash);
 
     // Started directly, no shell of the user's in between. The script goes
     // in on standard input, its bytes exactly as built: an argument would
@@ -144,7 +158,8 @@ ElevatedRunner::Result PkexecRunner::run(const QByteArray& script,
     sigaddset(&pipeSignal, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &pipeSignal, &previous);
     ::fcntl(input[1], F_SETFL, O_NONBLOCK);
-    const QByteArray text = entryHandler(items) + script + '\n';
+    QList<QByteArray> entries;
+    const QByteArray text = entryHandler(items, &entries) + script + '\n';
     qsizetype sent = 0;
     int writeFd = input[1];
     int readFd = errors[0];
@@ -188,6 +203,25 @@ ElevatedRunner::Result PkexecRunner::run(const QByteArray& script,
     }
     result.dismissed =
         !m_prefix.isEmpty() && WIFEXITED(status) && WEXITSTATUS(status) == kDismissed;
+
+    // Whatever left its place must now be a whole entry: its file and its
+    // info. Anything short of that is said, with where the item waits.
+    const auto present = [](const QByteArray& path) {
+        struct stat facts {};
+        return ::lstat(path.constData(), &facts) == 0;
+    };
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const StagedItem& item = items[i];
+        if (present(item.originalPath))
+            continue;
+        const QByteArray entry = m_homeTrash + "/files/" + entries[qsizetype(i)];
+        const QByteArray name = item.originalPath.mid(item.originalPath.lastIndexOf('/') + 1);
+        if (present(item.stagingDirectory + '/' + name))
+            result.unfiled.insert(item.originalPath, item.stagingDirectory + '/' + name);
+        else if (!describes(m_homeTrash + "/info/" + entries[qsizetype(i)] + ".trashinfo",
+                            item.originalPath))
+            result.unfiled.insert(item.originalPath, entry);
+    }
     return result;
 }
 

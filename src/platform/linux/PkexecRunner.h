@@ -23,8 +23,10 @@ public:
     [[nodiscard]] Result run(const QByteArray& script,
                              const std::vector<StagedItem>& items) override;
     // The shell text that runs at the script's exit and files each staged
-    // item as a Trash entry; names are chosen now, free in files/ and info/.
-    [[nodiscard]] QByteArray entryHandler(const std::vector<StagedItem>& items) const;
+    // item as a Trash entry; names are chosen now, free in files/ and info/,
+    // and go to `entries` in item order if given.
+    [[nodiscard]] QByteArray entryHandler(const std::vector<StagedItem>& items,
+                                          QList<QByteArray>* entries = nullptr) const;
 
 private:
     QByteArrayList m_prefix;

@@ -9,6 +9,7 @@
 #include <QtTest>
 
 #include <fcntl.h>
+#include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -41,6 +42,17 @@ inline qint64 allocatedBytes(const QByteArray& path)
     if (::lstat(path.constData(), &facts) != 0)
         return -1;
     return qint64(facts.st_blocks) * 512;
+}
+
+// Removes a test's own tree by its bytes, links not followed.
+inline void removeTree(const QByteArray& path)
+{
+    ::nftw(
+        path.constData(),
+        [](const char* at, const struct stat*, int type, FTW*) {
+            return type == FTW_DP ? ::rmdir(at) : ::unlink(at), 0;
+        },
+        16, FTW_DEPTH | FTW_PHYS);
 }
 
 inline const FileNode* childNamed(const FileNode& parent, std::string_view name)

@@ -14,6 +14,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -127,6 +128,8 @@ private Q_SLOTS:
         QStandardPaths::setTestModeEnabled(true);
         LocalizationManager::shared().setCurrent(Language::english);
     }
+    // QTemporaryDir cannot remove names that are not UTF-8.
+    void cleanupTestCase() { removeTree(base()); }
 
     void quotingAndScriptShape()
     {
@@ -175,6 +178,9 @@ private Q_SLOTS:
         QRandomGenerator random(20261123);
         for (int i = 0; i < 300; ++i)
             names.append(randomName(random));
+        // Too long to carry ".trashinfo": the entries are cut, the info keeps all.
+        names.append(QByteArray(250, 'L'));
+        names.append(QByteArray(251, 'M') + ".tar");
         std::sort(names.begin(), names.end());
         names.erase(std::unique(names.begin(), names.end()), names.end());
         QList<QByteArray> paths;
@@ -220,8 +226,12 @@ private Q_SLOTS:
         for (const QByteArray& path : paths) {
             QVERIFY2(recorded.contains(path), path.toHex().constData());
         }
-        // No staging folder is left behind.
-        QCOMPARE(directoryEntries(trash + "/files").size(), paths.size() + 1);
+        // No staging folder is left behind, and every entry fits its info's name.
+        const QByteArrayList entries = directoryEntries(trash + "/files");
+        QCOMPARE(entries.size(), paths.size() + 1);
+        for (const QByteArray& entry : entries)
+            QVERIFY(entry.size() <= 245 && present(trash + "/info/" + entry + ".trashinfo"));
+        QVERIFY(entries.contains(QByteArray(239, 'M') + "~1.tar"));
         QVERIFY(present(trash + "/files/a folder/inside"));
         QCOMPARE(readAll(trash + "/files/with space").size(), 3);
         QCOMPARE(readAll(trash + "/files/with space.2").size(), 10);
@@ -406,6 +416,171 @@ private Q_SLOTS:
         QVERIFY(readAll(own + "/info/item.trashinfo").contains("\nPath=sub/item\n"));
         struct stat facts {};
         QVERIFY(::stat(own.constData(), &facts) == 0 && (facts.st_mode & 0777) == 0700);
+    }
+
+    void volumeTrashMustBeOurs()
+    {
+        // Shared ground: each top holds what another user might have planted
+        // where our trash belongs. Root stands in for "us" under CI, and a
+        // folder given to nobody for "another user".
+        // The home trash lives on another file system, so ours count as mounts.
+        QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
+        struct stat ours {
+        }, theirs{};
+        if (!shm.isValid() || ::stat(base().constData(), &ours) != 0 ||
+            ::stat(QFile::encodeName(shm.path()).constData(), &theirs) != 0 ||
+            theirs.st_dev == ours.st_dev)
+            QSKIP("needs /dev/shm on a file system of its own");
+        const QByteArray uid = QByteArray::number(::getuid());
+        const QByteArray home = QFile::encodeName(shm.path()) + "/Trash";
+        const QByteArray elsewhere = base() + "/vol-elsewhere";
+        makeDir(elsewhere);
+        int topCount = 0;
+        const auto freshTop = [&] {
+            const QByteArray top = base() + "/vol-top" + QByteArray::number(++topCount);
+            makeDir(top);
+            writeFile(top + "/item", 10);
+            return top;
+        };
+        const auto recycleFrom = [&](const QByteArray& top) {
+            FreedesktopTrash trash(home, [&](const QByteArray&) { return top; });
+            return trash.recycle({top + "/item"});
+        };
+        const auto refused = [&](const QByteArray& top, const QByteArray& trashPath) {
+            const Trash::Answer answer = recycleFrom(top);
+            const Trash::Failure failure = answer.failures.value(top + "/item");
+            return answer.moved.isEmpty() && failure.noUsableTrash && failure.trash == trashPath &&
+                   present(top + "/item");
+        };
+
+        QByteArray top = freshTop();
+        QVERIFY(::symlink(elsewhere.constData(), QByteArray(top + "/.Trash-" + uid).constData()) == 0);
+        QVERIFY(refused(top, top + "/.Trash-" + uid));
+        QVERIFY(directoryEntries(elsewhere).isEmpty());
+
+        top = freshTop();
+        QVERIFY(::mkdir(QByteArray(top + "/.Trash-" + uid).constData(), 0755) == 0);
+        QVERIFY(refused(top, top + "/.Trash-" + uid));
+
+        top = freshTop();
+        QVERIFY(::mkdir(QByteArray(top + "/.Trash-" + uid).constData(), 0700) == 0);
+        QVERIFY(::symlink(elsewhere.constData(), QByteArray(top + "/.Trash-" + uid + "/files").constData()) == 0);
+        QVERIFY(refused(top, top + "/.Trash-" + uid));
+        QVERIFY(directoryEntries(elsewhere).isEmpty());
+
+        if (::getuid() == 0) {
+            top = freshTop();
+            QVERIFY(::mkdir(QByteArray(top + "/.Trash-" + uid).constData(), 0700) == 0);
+            QVERIFY(::chown(QByteArray(top + "/.Trash-" + uid).constData(), 65534, 65534) == 0);
+            QVERIFY(refused(top, top + "/.Trash-" + uid));
+        }
+
+        // A top that cannot hold a trash at all (here: not a folder).
+        top = freshTop();
+        writeFile(top + "/not-a-folder", 1);
+        {
+            FreedesktopTrash trash(home, [&](const QByteArray&) { return top + "/not-a-folder"; });
+            const Trash::Answer answer = trash.recycle({top + "/item"});
+            QVERIFY(answer.moved.isEmpty() && answer.failures.value(top + "/item").noUsableTrash);
+        }
+
+        // The shared .Trash serves only as a real, sticky folder.
+        top = freshTop();
+        QVERIFY(::mkdir(QByteArray(top + "/.Trash").constData(), 0777) == 0);
+        QVERIFY(::chmod(QByteArray(top + "/.Trash").constData(), 01777) == 0);
+        QCOMPARE(recycleFrom(top).moved.value(top + "/item"), top + "/.Trash/" + uid + "/files/item");
+        top = freshTop();
+        QVERIFY(::mkdir(QByteArray(top + "/.Trash").constData(), 0777) == 0);
+        QVERIFY(::chmod(QByteArray(top + "/.Trash").constData(), 0777) == 0);
+        QCOMPARE(recycleFrom(top).moved.value(top + "/item"), top + "/.Trash-" + uid + "/files/item");
+        top = freshTop();
+        const QByteArray sticky = base() + "/vol-sticky";
+        makeDir(sticky);
+        QVERIFY(::chmod(sticky.constData(), 01777) == 0);
+        QVERIFY(::symlink(sticky.constData(), QByteArray(top + "/.Trash").constData()) == 0);
+        QCOMPARE(recycleFrom(top).moved.value(top + "/item"), top + "/.Trash-" + uid + "/files/item");
+        QVERIFY(directoryEntries(sticky).isEmpty());
+
+        // Refused is not a rights problem: the batch leaves the item in place
+        // and never raises the password prompt.
+        top = freshTop();
+        QVERIFY(::symlink(elsewhere.constData(), QByteArray(top + "/.Trash-" + uid).constData()) == 0);
+        FreedesktopTrash trash(home, [&](const QByteArray&) { return top; });
+        ScriptedRunner runner;
+        const BatchOutcome outcome = recycleBatch({top + "/item"}, trash, runner);
+        QVERIFY(runner.scripts.isEmpty());
+        QCOMPARE(outcome.failed.size(), 1);
+        QVERIFY(outcome.failed[0].second.startsWith(QStringLiteral("No Trash can safely take this item")));
+        QVERIFY(outcome.failed[0].second.contains(QString::fromUtf8(top + "/.Trash-" + uid)));
+        QVERIFY(present(top + "/item"));
+    }
+
+    void mountsAreFoundFromTheRealFolder()
+    {
+        // Through a link into another file system, the path as typed would
+        // climb ours; the trash belongs at the top of theirs.
+        QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
+        struct stat ours {
+        }, theirs{};
+        if (!shm.isValid() || ::stat(base().constData(), &ours) != 0 ||
+            ::stat(QFile::encodeName(shm.path()).constData(), &theirs) != 0 ||
+            theirs.st_dev == ours.st_dev)
+            QSKIP("needs /dev/shm on a file system of its own");
+        const QByteArray real = QFile::encodeName(shm.path());
+        writeFile(real + "/item", 1);
+        QVERIFY(::symlink(real.constData(), QByteArray(base() + "/into-shm").constData()) == 0);
+        QCOMPARE(FreedesktopTrash::mountTopdir(base() + "/into-shm/item"),
+                 FreedesktopTrash::mountTopdir(real + "/item"));
+        QVERIFY(!FreedesktopTrash::mountTopdir(base() + "/into-shm/item").startsWith(base()));
+    }
+
+    void longNamesAndNoReplacing()
+    {
+        // A name of 250 bytes cannot carry ".trashinfo": the entry is cut,
+        // keeps its extension and gets a number; the info keeps the whole path.
+        const QByteArray work = base() + "/long";
+        makeDir(work);
+        const QByteArray longName = QByteArray(200, 'a') + QByteArray("\xc3\xa9").repeated(22) + ".txt";
+        writeFile(work + '/' + longName, 10);
+        FreedesktopTrash trash(base() + "/long-home/Trash");
+        makeDir(base() + "/long-home");
+        const Trash::Answer answer = trash.recycle({work + '/' + longName});
+        QVERIFY2(!answer.error, qPrintable(answer.error.value_or(QString())));
+        const QByteArray entry = answer.moved.value(work + '/' + longName);
+        const QByteArray entryName = entry.mid(entry.lastIndexOf('/') + 1);
+        QVERIFY(entryName.size() <= 245 && entryName.endsWith("~1.txt"));
+        QVERIFY(QString::fromUtf8(entryName).toUtf8() == entryName); // not cut mid-letter
+        const QByteArray info = readAll(base() + "/long-home/Trash/info/" + entryName + ".trashinfo");
+        QVERIFY(info.contains(QByteArray("Path=" + FreedesktopTrash::escapePath(work + '/' + longName) + '\n')));
+
+        // The move never replaces what stands at the target.
+        writeFile(work + "/mover", 7);
+        writeFile(work + "/standing", 3);
+        const int dir = ::open(work.constData(), O_RDONLY | O_DIRECTORY);
+        QCOMPARE(FreedesktopTrash::moveWithoutReplacing(work + "/mover", dir, "standing"), EEXIST);
+        ::close(dir);
+        QCOMPARE(readAll(work + "/standing").size(), 3);
+        QCOMPARE(readAll(work + "/mover").size(), 7);
+    }
+
+    void elevatedItemsWithoutTheirEntryAreNotMoved()
+    {
+        // An info file planted under the chosen name before the elevated run
+        // keeps the item from becoming an entry: it must be reported with the
+        // place it waits in, never as moved.
+        const QByteArray home = base() + "/unfiled-home";
+        const QByteArray trash = home + "/Trash";
+        makeDir(home);
+        writeFile(base() + "/unfiled-item", 5);
+        PkexecRunner runner({}, trash);
+        const QByteArray staging = trash + "/files/STAGE";
+        const QByteArray script = "printf x > " + shellQuoted(trash + "/info/unfiled-item.trashinfo") +
+                                  " && mkdir " + shellQuoted(staging) + " && mv " +
+                                  shellQuoted(base() + "/unfiled-item") + ' ' + shellQuoted(staging + '/');
+        const ElevatedRunner::Result result = runner.run(script, {{staging, base() + "/unfiled-item"}});
+        QVERIFY(result.launched);
+        QCOMPARE(result.unfiled.value(base() + "/unfiled-item"), trash + "/files/unfiled-item");
+        QVERIFY(present(trash + "/files/unfiled-item"));
     }
 
     void permissionFailuresSayTheSystemsWords()

@@ -173,10 +173,11 @@ QByteArray absolute(const QByteArray& path)
     return path.startsWith('/') ? path : QFile::encodeName(QDir::currentPath()) + '/' + path;
 }
 
-// Moves `item` to `name` in `files` unless something is there already:
-// EEXIST then. The kernel decides atomically where it can; elsewhere a look
-// just before the move has to do.
-int moveWithoutReplacing(const QByteArray& item, int files, const QByteArray& name)
+} // namespace
+
+// The kernel decides atomically where it can; elsewhere a look just before
+// the move has to do.
+int FreedesktopTrash::moveWithoutReplacing(const QByteArray& item, int files, const QByteArray& name)
 {
     if (::renameat2(AT_FDCWD, item.constData(), files, name.constData(), RENAME_NOREPLACE) == 0)
         return 0;
@@ -187,6 +188,8 @@ int moveWithoutReplacing(const QByteArray& item, int files, const QByteArray& na
         return EEXIST;
     return ::renameat(AT_FDCWD, item.constData(), files, name.constData()) == 0 ? 0 : errno;
 }
+
+namespace {
 
 // Puts `item` into the opened trash as an entry whose info file names
 // `infoPath`. Returns the new place, or the errno of the failure.
@@ -219,7 +222,7 @@ std::pair<QByteArray, int> place(const TrashFolder& trash, const QByteArray& ite
             ::unlinkat(trash.info.get(), infoName.constData(), 0); // our own claim
             return {{}, !written && writeError ? writeError : EIO};
         }
-        const int moveError = moveWithoutReplacing(item, trash.files.get(), name);
+        const int moveError = FreedesktopTrash::moveWithoutReplacing(item, trash.files.get(), name);
         if (moveError) {
             ::unlinkat(trash.info.get(), infoName.constData(), 0); // our own claim
             if (moveError == EEXIST)

@@ -49,6 +49,11 @@ public:
     // its extension, and always numbered ("stem~1.ext").
     static QByteArray entryName(const QByteArray& base, int attempt);
 
+    // Moves `item` to `name` inside the folder `directory` unless something
+    // stands there already (EEXIST then, nothing replaced). Returns 0 or an
+    // errno.
+    static int moveWithoutReplacing(const QByteArray& item, int directory, const QByteArray& name);
+
 private:
     QByteArray m_homeTrash;
     std::function<QByteArray(const QByteArray&)> m_topdirOf;

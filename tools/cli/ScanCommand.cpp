@@ -4,10 +4,14 @@
 
 #include <QFile>
 
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace tw::cli {
 
@@ -21,31 +25,31 @@ struct ScanArgs {
     bool quiet = false;
 };
 
-std::optional<ScanArgs> parse(const QStringList& args)
+std::optional<ScanArgs> parse(const QByteArrayList& args)
 {
     ScanArgs out;
     for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString& a = args[i];
+        const QByteArray& a = args[i];
         auto number = [&](std::optional<int>& into) {
             bool ok = false;
             if (i + 1 < args.size())
                 into = args[++i].toInt(&ok);
             return ok && *into >= 0;
         };
-        if (a == QLatin1String("--json"))
+        if (a == "--json")
             out.json = true;
-        else if (a == QLatin1String("--quiet"))
+        else if (a == "--quiet")
             out.quiet = true;
-        else if (a == QLatin1String("--workers")) {
+        else if (a == "--workers") {
             if (!number(out.workers) || *out.workers < 1)
                 return std::nullopt;
-        } else if (a == QLatin1String("--depth")) {
+        } else if (a == "--depth") {
             if (!number(out.depth))
                 return std::nullopt;
-        } else if (a.startsWith(QLatin1String("--")) || !out.path.isEmpty())
+        } else if (a.startsWith("--") || !out.path.isEmpty())
             return std::nullopt;
         else
-            out.path = QFile::encodeName(a);
+            out.path = a; // the argument's own bytes: names need not be UTF-8
     }
     if (out.path.isEmpty())
         return std::nullopt;
@@ -58,17 +62,19 @@ bool isValidUtf8(std::string_view bytes)
     return QString::fromUtf8(raw).toUtf8() == raw;
 }
 
+// The text as UTF-8 as a whole (a letter beyond 16 bits is one sequence,
+// not two halves), then escaped byte by byte.
 void writeJsonString(std::FILE* out, const QString& text)
 {
     std::fputc('"', out);
-    for (const QChar c : text) {
-        const char16_t u = c.unicode();
-        if (u == '"' || u == '\\')
-            std::fprintf(out, "\\%c", char(u));
-        else if (u < 0x20)
-            std::fprintf(out, "\\u%04x", unsigned(u));
+    for (const char c : text.toUtf8()) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\')
+            std::fprintf(out, "\\%c", c);
+        else if (byte < 0x20)
+            std::fprintf(out, "\\u%04x", unsigned(byte));
         else
-            std::fputs(QString(c).toUtf8().constData(), out);
+            std::fputc(c, out);
     }
     std::fputc('"', out);
 }
@@ -113,12 +119,20 @@ void writeText(std::FILE* out, const FileNode& node, int depth, int maxDepth)
 
 } // namespace
 
-int runScan(const QStringList& args)
+int runScan(const QByteArrayList& args)
 {
     const auto parsed = parse(args);
     if (!parsed) {
         std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n", stderr);
         return 2;
+    }
+    // A root that is missing or closed is an error, not an empty tree.
+    struct stat rootFacts {};
+    if (::stat(parsed->path.constData(), &rootFacts) != 0 ||
+        (S_ISDIR(rootFacts.st_mode) && ::access(parsed->path.constData(), R_OK | X_OK) != 0)) {
+        std::fprintf(stderr, "tidewick-cli: cannot scan %s: %s\n", parsed->path.constData(),
+                     std::strerror(errno));
+        return 1;
     }
     const bool quiet = parsed->quiet;
     Scanner::Options options;
@@ -140,6 +154,10 @@ int runScan(const QStringList& args)
         std::fputs("\r\033[K", stderr);
 
     const FileNode& root = *tree->root();
+    if (root.isInaccessible()) {
+        std::fprintf(stderr, "tidewick-cli: cannot read %s\n", parsed->path.constData());
+        return 1;
+    }
     std::FILE* out = stdout;
     if (parsed->json) {
         std::fprintf(out, "{\"path\":");

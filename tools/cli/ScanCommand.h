@@ -1,12 +1,14 @@
 #pragma once
 
-#include <QStringList>
+#include <QByteArrayList>
 
 namespace tw::cli {
 
 // `scan PATH [--workers N] [--json] [--depth N] [--quiet]`: walks PATH with the
 // real Scanner, shows progress on stderr, then prints the totals and the tree
-// (as `key: value` lines and an indented tree, or as JSON). Returns the exit code.
-int runScan(const QStringList& args);
+// (as `key: value` lines and an indented tree, or as JSON). A root that is
+// missing or cannot be read is an error. `args` are argv's own bytes. Returns
+// the exit code.
+int runScan(const QByteArrayList& args);
 
 } // namespace tw::cli

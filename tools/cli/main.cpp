@@ -6,9 +6,10 @@
 #include "TrashCommand.h"
 
 #include <QCoreApplication>
-#include <QStringList>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 void printUsage()
@@ -21,28 +22,46 @@ void printUsage()
 }
 } // namespace
 
-int main(int argc, char* argv[])
+namespace {
+// Output that did not reach its file (a full disk, /dev/full) fails the
+// command, whatever the command itself thought of its work.
+int finish(int code)
 {
-    QCoreApplication app(argc, argv);
-    QStringList args = QCoreApplication::arguments();
-    args.removeFirst();
-    if (args.isEmpty()) {
+    errno = 0;
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        std::fprintf(stderr, "tidewick-cli: cannot write the output: %s\n",
+                     errno ? std::strerror(errno) : "write error");
+        return code ? code : 1;
+    }
+    return code;
+}
+
+int run(int argc, char* argv[])
+{
+    if (argc < 2) {
         printUsage();
         return 2;
     }
-    const QString command = args.takeFirst();
-    if (command == QLatin1String("scan"))
-        return tw::cli::runScan(args);
+    const QByteArray command(argv[1]);
     // File names are bytes: take them from argv as they came.
     QByteArrayList raw;
     for (int i = 2; i < argc; ++i)
         raw.append(QByteArray(argv[i]));
-    if (command == QLatin1String("trash"))
+    if (command == "scan")
+        return tw::cli::runScan(raw);
+    if (command == "trash")
         return tw::cli::runTrash(raw);
-    if (command == QLatin1String("apps"))
+    if (command == "apps")
         return tw::cli::runApps(raw);
-    if (command == QLatin1String("related"))
+    if (command == "related")
         return tw::cli::runRelated(raw);
     printUsage();
     return 2;
+}
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    return finish(run(argc, argv));
 }

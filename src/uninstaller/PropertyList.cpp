@@ -3,6 +3,8 @@
 #include "scan/RawFiles.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
+#include <QStringDecoder>
 #include <QTimeZone>
 #include <cstdlib>
 #include <limits>
@@ -155,12 +157,46 @@ plist_t build(const QVariant& value)
         return nullptr;
     }
 }
+// XML lists as Macs write them, made into the plain UTF-8 libplist reads:
+// a UTF-8 byte-order mark dropped, UTF-16 (either order, with or without a
+// mark) converted, its declaration saying so. Empty when UTF-16 is broken.
+std::optional<QByteArray> asUtf8Text(const QByteArray& data)
+{
+    if (data.startsWith("\xEF\xBB\xBF"))
+        return data.mid(3);
+    std::optional<QStringDecoder::Encoding> utf16;
+    if (data.startsWith("\xFF\xFE") || data.startsWith(QByteArray("<\0?\0", 4)))
+        utf16 = QStringDecoder::Utf16LE;
+    else if (data.startsWith("\xFE\xFF") || data.startsWith(QByteArray("\0<\0?", 4)))
+        utf16 = QStringDecoder::Utf16BE;
+    if (!utf16)
+        return data;
+    QStringDecoder decode(*utf16, QStringDecoder::Flag::Stateless);
+    QString text = decode(data);
+    if (decode.hasError())
+        return std::nullopt;
+    if (text.startsWith(QChar(0xFEFF)))
+        text.remove(0, 1);
+    const qsizetype declarationEnd = text.startsWith(QLatin1String("<?xml")) ? text.indexOf(QLatin1String("?>")) : -1;
+    if (declarationEnd > 0) {
+        static const QRegularExpression encoding(QStringLiteral("encoding=[\"']UTF-16[\"']"),
+                                                 QRegularExpression::CaseInsensitiveOption);
+        QString declaration = text.left(declarationEnd);
+        declaration.replace(encoding, QStringLiteral("encoding=\"UTF-8\""));
+        text.replace(0, declarationEnd, declaration);
+    }
+    return text.toUtf8();
+}
 } // namespace
 
-std::optional<QVariant> parsePropertyList(const QByteArray& data)
+std::optional<QVariant> parsePropertyList(const QByteArray& given)
 {
-    if (data.isEmpty() || data.size() > std::numeric_limits<int32_t>::max())
+    if (given.isEmpty() || given.size() > std::numeric_limits<int32_t>::max())
         return std::nullopt;
+    const std::optional<QByteArray> text = asUtf8Text(given);
+    if (!text || text->isEmpty())
+        return std::nullopt;
+    const QByteArray& data = *text;
     plist_t root = nullptr;
     plist_from_memory(data.constData(), uint32_t(data.size()), &root);
     PlistPtr owner(root);

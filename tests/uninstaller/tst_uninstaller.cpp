@@ -13,6 +13,7 @@
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QStringEncoder>
 #include <QtTest>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -501,6 +502,21 @@ private Q_SLOTS:
             QCOMPARE(parsed->value(QStringLiteral("list")).toList().at(2).toByteArray(),
                      QByteArray("\x00\x01", 2));
         }
+        // XML as Macs also write it: with a UTF-8 mark, or in UTF-16 either way round.
+        const QString xml = QString::fromUtf8(writePropertyList(value, false));
+        QString utf16Xml = xml;
+        utf16Xml.replace(QStringLiteral("encoding=\"UTF-8\""), QStringLiteral("encoding=\"UTF-16\""));
+        const QStringEncoder::Flags mark = QStringEncoder::Flag::WriteBom;
+        for (const QByteArray& encoded :
+             QByteArrayList{QByteArray("\xEF\xBB\xBF") + xml.toUtf8(),
+              QByteArray(QStringEncoder(QStringEncoder::Utf16LE, mark)(utf16Xml)),
+              QByteArray(QStringEncoder(QStringEncoder::Utf16BE, mark)(utf16Xml)),
+              QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(utf16Xml))}) {
+            const auto parsed = asDictionary(parsePropertyList(encoded));
+            QVERIFY2(parsed, encoded.left(8).toHex().constData());
+            QCOMPARE(parsed->value(QStringLiteral("text")).toString(), QStringLiteral("ü"));
+        }
+        QVERIFY(!parsePropertyList(QByteArray("\xFF\xFE\x00\xD8", 4))); // a lone surrogate
         QVERIFY(!parsePropertyList("not a plist"));
         QVERIFY(!parsePropertyList({}));
         QVERIFY(!asDictionary(parsePropertyList(writePropertyList(QVariantList{1}, false))));

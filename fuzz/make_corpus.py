@@ -64,3 +64,8 @@ sample = {"CFBundleIdentifier": "com.example.app", "CFBundleName": "Example", "C
 write("plist", "xml.plist", plistlib.dumps(sample, fmt=plistlib.FMT_XML))
 write("plist", "binary.plist", plistlib.dumps(sample, fmt=plistlib.FMT_BINARY))
 write("plist", "entitlements.plist", ents)
+# XML as Macs also write it: a UTF-8 byte-order mark, and UTF-16.
+xml = plistlib.dumps(sample, fmt=plistlib.FMT_XML)
+write("plist", "xml-bom.plist", b"\xef\xbb\xbf" + xml)
+write("plist", "xml-utf16.plist",
+      xml.decode("utf-8").replace('encoding="UTF-8"', 'encoding="UTF-16"').encode("utf-16"))

@@ -66,7 +66,7 @@ typedef struct CGSize CGSize;
 struct CGRect { CGPoint origin; CGSize size; };
 typedef struct CGRect CGRect;
 extern "C" {
-// coregraphics/cgrectmake(_:_:_:_:)
+// corefoundation/cgrect/init(x:y:width:height:) (CGRectMake in C)
 CGRect CGRectMake(CGFloat x, CGFloat y, CGFloat width, CGFloat height);
 }
 // coregraphics/cgimage, coregraphics/cgcolorspace, coregraphics/cgcontext
@@ -104,10 +104,11 @@ extern "C" {
 CGColorSpaceRef CGColorSpaceCreateDeviceRGB(void);
 // coregraphics/cgcolorspacerelease
 void CGColorSpaceRelease(CGColorSpaceRef space);
-// coregraphics/cgbitmapcontextcreate(_:_:_:_:_:_:_:)
+// coregraphics/cgcontext/init(data:width:height:bitspercomponent:bytesperrow:space:bitmapinfo:);
+// the C form takes uint32_t (Apple's "CoreGraphics Changes for Objective-C", macOS 10.11 API diffs)
 CGContextRef CGBitmapContextCreate(void* data, size_t width, size_t height, size_t bitsPerComponent,
                                    size_t bytesPerRow, CGColorSpaceRef space, uint32_t bitmapInfo);
-// coregraphics/cgcontextdrawimage
+// coregraphics/cgcontext/draw(_:in:bytiling:)
 void CGContextDrawImage(CGContextRef c, CGRect rect, CGImageRef image);
 // coregraphics/cgcontextrelease
 void CGContextRelease(CGContextRef c);
@@ -134,7 +135,7 @@ typedef uint64_t dispatch_time_t;
 #define DISPATCH_TIME_FOREVER (~0ull)
 // dispatch/dispatch_block_t
 typedef void (^dispatch_block_t)(void);
-// dispatch/dispatchqos/qosclass: qos_class_t
+// dispatch/qos_class_t
 enum qos_class_t : unsigned int {
     QOS_CLASS_USER_INTERACTIVE = 0x21,
     QOS_CLASS_USER_INITIATED = 0x19,
@@ -324,7 +325,7 @@ NSString* NSHomeDirectory(void);
 @property(readonly) int terminationStatus;
 @end
 
-// foundation/1418416-cfbridgingrelease
+// foundation/cfbridgingrelease(_:)
 inline id CFBridgingRelease(CFTypeRef X)
 {
     return (__bridge_transfer id)X;
@@ -504,9 +505,9 @@ enum : SecCSFlags {
     kSecCSSigningInformation = 1 << 1,
 };
 extern "C" {
-// security/1396899-secstaticcodecreatewithpath
+// security/secstaticcodecreatewithpath(_:_:_:)
 OSStatus SecStaticCodeCreateWithPath(CFURLRef path, SecCSFlags flags, SecStaticCodeRef* staticCode);
-// security/1395809-seccodecopysigninginformation
+// security/seccodecopysigninginformation(_:_:_:)
 OSStatus SecCodeCopySigningInformation(SecStaticCodeRef code, SecCSFlags flags, CFDictionaryRef* information);
 // security/kseccodeinfoentitlementsdict
 extern const CFStringRef kSecCodeInfoEntitlementsDict;
@@ -517,11 +518,11 @@ extern const CFStringRef kSecCodeInfoEntitlementsDict;
 typedef struct __DASession* DASessionRef;
 typedef struct __DADisk* DADiskRef;
 extern "C" {
-// diskarbitration/1389442-dasessioncreate
+// diskarbitration/dasessioncreate(_:)
 DASessionRef DASessionCreate(CFAllocatorRef allocator);
-// diskarbitration/1389415-dadiskcreatefromvolumepath
+// diskarbitration/dadiskcreatefromvolumepath(_:_:_:)
 DADiskRef DADiskCreateFromVolumePath(CFAllocatorRef allocator, DASessionRef session, CFURLRef path);
-// diskarbitration/1389444-dadiskgetbsdname
+// diskarbitration/dadiskgetbsdname(_:)
 const char* DADiskGetBSDName(DADiskRef disk);
 }
 
@@ -537,14 +538,14 @@ typedef char io_name_t[128];
 extern "C" {
 // iokit/kiomainportdefault
 extern const mach_port_t kIOMainPortDefault;
-// iokit/1514245-iobsdnamematching
+// iokit/iobsdnamematching(_:_:_:)
 CFMutableDictionaryRef IOBSDNameMatching(mach_port_t mainPort, uint32_t options, const char* bsdName);
-// iokit/1514535-ioservicegetmatchingservice: consumes the matching dictionary
+// iokit/ioservicegetmatchingservice(_:_:): consumes the matching dictionary
 io_service_t IOServiceGetMatchingService(mach_port_t mainPort, CFDictionaryRef matching);
-// iokit/1514537-ioregistryentrysearchcfproperty
+// iokit/ioregistryentrysearchcfproperty(_:_:_:_:_:)
 CFTypeRef IORegistryEntrySearchCFProperty(io_registry_entry_t entry, const io_name_t plane, CFStringRef key,
                                           CFAllocatorRef allocator, IOOptionBits options);
-// iokit/1514627-ioobjectrelease
+// iokit/ioobjectrelease(_:)
 kern_return_t IOObjectRelease(io_object_t object);
 }
 // iokit/kioserviceplane, iokit/kioregistryiteraterecursively, iokit/kioregistryiterateparents

@@ -41,7 +41,7 @@ if ((${#files[@]} == 0)); then
     exit 2
 fi
 
-qt_headers=$(qmake6 -query QT_INSTALL_HEADERS 2>/dev/null || qtpaths6 --query QT_INSTALL_HEADERS)
+qt_headers=$(pkg-config --variable=includedir Qt6Core 2>/dev/null || qmake6 -query QT_INSTALL_HEADERS)
 flags=(
     -fsyntax-only -x objective-c++ -std=c++20 -fobjc-arc -fblocks -fobjc-runtime=macosx-13.0
     -fPIC -fno-color-diagnostics

@@ -29,8 +29,6 @@ typedef unsigned long NSUInteger;
 typedef const void* CFTypeRef;
 // corefoundation/cftypeid
 typedef unsigned long CFTypeID;
-// corefoundation/cfindex
-typedef long CFIndex;
 // corefoundation/cfallocatorref, corefoundation/kcfallocatordefault
 typedef const struct __CFAllocator* CFAllocatorRef;
 extern "C" const CFAllocatorRef kCFAllocatorDefault;
@@ -203,8 +201,6 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 // foundation/nsdata/bytes, foundation/nsdata/length
 @property(readonly) const void* bytes __attribute__((objc_returns_inner_pointer));
 @property(readonly) NSUInteger length;
-// foundation/nsdata/init(bytes:length:)
-+ (instancetype)dataWithBytes:(const void*)bytes length:(NSUInteger)length;
 @end
 
 // foundation/nsnumber
@@ -219,11 +215,9 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 @property(readonly, copy) NSString* localizedDescription;
 @end
 
-// foundation/nsarray: literals go through arrayWithObjects:count:
+// foundation/nsarray: array literals go through arrayWithObjects:count:
 @interface NSArray<__covariant ObjectType> : NSObject <NSFastEnumeration>
 + (instancetype)arrayWithObjects:(const ObjectType[])objects count:(NSUInteger)cnt;
-@property(readonly) NSUInteger count;
-- (ObjectType)objectAtIndexedSubscript:(NSUInteger)idx;
 @end
 // foundation/nsmutablearray
 @interface NSMutableArray<ObjectType> : NSArray<ObjectType>
@@ -233,16 +227,9 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 - (void)addObject:(ObjectType)anObject;
 @end
 
-// foundation/nsdictionary
+// foundation/nsdictionary: subscripts go through objectForKeyedSubscript:
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject <NSFastEnumeration>
-+ (instancetype)dictionaryWithObjects:(const ObjectType[])objects forKeys:(const KeyType[])keys count:(NSUInteger)cnt;
-@property(readonly) NSUInteger count;
 - (ObjectType)objectForKeyedSubscript:(KeyType)key;
-@end
-// foundation/nsmutabledictionary
-@interface NSMutableDictionary<KeyType, ObjectType> : NSDictionary<KeyType, ObjectType>
-+ (instancetype)dictionary;
-- (void)setObject:(ObjectType)obj forKeyedSubscript:(KeyType)key;
 @end
 
 // foundation/urlresourcekey
@@ -360,16 +347,12 @@ enum : NSAutoresizingMaskOptions {
     NSViewHeightSizable = 16,
     NSViewMaxYMargin = 32,
 };
-// appkit/nswindow/orderingmode
-typedef NSInteger NSWindowOrderingMode;
-enum : NSWindowOrderingMode { NSWindowAbove = 1, NSWindowBelow = -1, NSWindowOut = 0 };
 // appkit/nsview
 @interface NSView : NSObject
 // appkit/nsview/init(frame:)
 - (instancetype)initWithFrame:(NSRect)frameRect;
-// appkit/nsview/window, appkit/nsview/superview
+// appkit/nsview/window
 @property(readonly, weak) NSWindow* window;
-@property(readonly, weak) NSView* superview;
 // appkit/nsview/frame, appkit/nsview/bounds
 @property NSRect frame;
 @property NSRect bounds;
@@ -377,8 +360,6 @@ enum : NSWindowOrderingMode { NSWindowAbove = 1, NSWindowBelow = -1, NSWindowOut
 @property NSAutoresizingMaskOptions autoresizingMask;
 // appkit/nsview/addsubview(_:)
 - (void)addSubview:(NSView*)view;
-// appkit/nsview/addsubview(_:positioned:relativeto:)
-- (void)addSubview:(NSView*)view positioned:(NSWindowOrderingMode)place relativeTo:(NSView*)otherView;
 @end
 
 // appkit/nswindow/titlevisibility-swift.enum

@@ -16,6 +16,7 @@ Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 int main(int argc, char* argv[])
 {
     QGuiApplication app(argc, argv);
+    tw::prepareWindowChrome();
     QGuiApplication::setOrganizationName(QStringLiteral("Tidewick"));
     QGuiApplication::setApplicationName(QStringLiteral("Tidewick"));
     QGuiApplication::setQuitOnLastWindowClosed(tw::AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
@@ -38,10 +39,11 @@ int main(int argc, char* argv[])
     engine.load(QUrl(QStringLiteral("qrc:/Tidewick/Main.qml")));
     if (!engine.rootObjects().isEmpty()) {
         if (auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().first())) {
-            window->setProperty("leadingInset", tw::applyWindowChrome(*window));
-            // Centred on its screen at the smallest size the layout allows.
+            // Centred on its screen at the smallest size the layout allows,
+            // before the chrome puts the window's view on the material.
             window->setPosition(window->screen()->availableGeometry().center() - window->frameGeometry().center() +
                                 window->position());
+            window->setProperty("leadingInset", tw::applyWindowChrome(*window));
         }
     }
     return QGuiApplication::exec();

@@ -15,7 +15,8 @@ public:
     virtual void setString(const QString& key, const QString& value) = 0;
 };
 
-// QSettings under organisation and application "Tidewick".
+// QSettings under the bundle's preferences domain, "app.tidewick.Tidewick" on
+// macOS (elsewhere organisation "tidewick.app", application "Tidewick").
 class SystemSettingsStore final : public SettingsStore {
 public:
     [[nodiscard]] std::optional<QString> string(const QString& key) const override;

@@ -10,7 +10,7 @@ class FileProbe {
 public:
     virtual ~FileProbe() = default;
     [[nodiscard]] virtual bool exists(const QByteArray& path) const = 0;
-    // Whether the folder's entries can be listed now.
+    // Whether the folder's entries can be read now (one entry is read).
     [[nodiscard]] virtual bool canList(const QByteArray& path) const = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/FileProbe.h"
 
+#include <cerrno>
 #include <dirent.h>
 #include <sys/stat.h>
 
@@ -18,8 +19,12 @@ public:
         DIR* dir = ::opendir(path.constData());
         if (!dir)
             return false;
+        // macOS's privacy protection may let the folder open and refuse at
+        // the first read: only an entry read (or a clean end) counts.
+        errno = 0;
+        const bool read = ::readdir(dir) != nullptr || errno == 0;
         ::closedir(dir);
-        return true;
+        return read;
     }
 };
 } // namespace

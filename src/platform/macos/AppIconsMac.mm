@@ -24,7 +24,7 @@ QImage applicationIcon(const QByteArray& bundlePath, const QByteArray&, const QS
         CGColorSpaceRef space = CGColorSpaceCreateDeviceRGB();
         CGContextRef context = CGBitmapContextCreate(image.bits(), size_t(size.width()), size_t(size.height()), 8,
                                                      size_t(image.bytesPerLine()), space,
-                                                     kCGImageAlphaPremultipliedFirst | kCGBitmapByteOrder32Host);
+                                                     CGBitmapInfo(kCGImageAlphaPremultipliedFirst) | kCGBitmapByteOrder32Host);
         CGColorSpaceRelease(space);
         if (context) {
             CGContextDrawImage(context, CGRectMake(0, 0, size.width(), size.height()), cgImage);

@@ -1,5 +1,6 @@
 #include "platform/ElevatedRunner.h"
 
+#include "platform/MacAnswers.h"
 #include "removal/PrivilegedRemoval.h"
 
 #import <Foundation/Foundation.h>
@@ -35,7 +36,8 @@ public:
             task.arguments = @[ @"-e", argument ];
             NSPipe* errorPipe = [NSPipe pipe];
             task.standardError = errorPipe;
-            task.standardOutput = [NSPipe pipe];
+            // Nobody reads the script's result: a pipe left unread could fill and stall it.
+            task.standardOutput = [NSFileHandle fileHandleWithNullDevice];
             NSError* launchError = nil;
             if (![task launchAndReturnError:&launchError]) {
                 result.launchError = QString::fromNSString(launchError.localizedDescription);
@@ -45,6 +47,7 @@ public:
             NSData* said = [errorPipe.fileHandleForReading readDataToEndOfFile];
             [task waitUntilExit];
             result.errorOutput = QByteArray(static_cast<const char*>(said.bytes), qsizetype(said.length));
+            result.dismissed = osascriptReportsCancel(result.errorOutput);
         }
         return result;
     }

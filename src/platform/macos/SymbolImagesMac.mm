@@ -1,5 +1,7 @@
 #include "platform/SymbolImages.h"
 
+#include "platform/MacAnswers.h"
+
 #import <AppKit/AppKit.h>
 
 #include <QPainter>
@@ -19,8 +21,13 @@ QImage renderSymbol(const QString& name, const QSize& size, const QColor& color)
         NSImageSymbolConfiguration* config =
             [NSImageSymbolConfiguration configurationWithPointSize:size.height() weight:NSFontWeightRegular];
         symbol = [symbol imageWithSymbolConfiguration:config];
-        NSRect rect = NSMakeRect(0, 0, size.width(), size.height());
-        CGImageRef cgImage = [symbol CGImageForProposedRect:&rect context:nil hints:nil];
+        // Symbols are template images: draw the shape at its own proportions.
+        const NSSize own = symbol.size;
+        const QRectF fit = symbolFitRect(QSizeF(own.width, own.height), QSizeF(size));
+        if (fit.isEmpty())
+            return {};
+        NSRect proposed = NSMakeRect(0, 0, fit.width(), fit.height());
+        CGImageRef cgImage = [symbol CGImageForProposedRect:&proposed context:nil hints:nil];
         if (!cgImage)
             return {};
         QImage image(size, QImage::Format_ARGB32_Premultiplied);
@@ -28,16 +35,13 @@ QImage renderSymbol(const QString& name, const QSize& size, const QColor& color)
         CGColorSpaceRef space = CGColorSpaceCreateDeviceRGB();
         CGContextRef context = CGBitmapContextCreate(image.bits(), size_t(size.width()), size_t(size.height()), 8,
                                                      size_t(image.bytesPerLine()), space,
-                                                     kCGImageAlphaPremultipliedFirst | kCGBitmapByteOrder32Host);
+                                                     CGBitmapInfo(kCGImageAlphaPremultipliedFirst) | kCGBitmapByteOrder32Host);
         CGColorSpaceRelease(space);
         if (!context)
             return {};
-        // Symbols are template images: draw the shape, keep its aspect.
-        const double scale = std::min(size.width() / rect.size.width, size.height() / rect.size.height);
-        const CGRect target = CGRectMake((size.width() - rect.size.width * scale) / 2,
-                                         (size.height() - rect.size.height * scale) / 2, rect.size.width * scale,
-                                         rect.size.height * scale);
-        CGContextDrawImage(context, target, cgImage);
+        // Core Graphics counts from the bottom edge.
+        CGContextDrawImage(context,
+                           CGRectMake(fit.x(), size.height() - fit.bottom(), fit.width(), fit.height()), cgImage);
         CGContextRelease(context);
         QPainter painter(&image);
         painter.setCompositionMode(QPainter::CompositionMode_SourceIn);

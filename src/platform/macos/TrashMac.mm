@@ -1,8 +1,8 @@
 #include "platform/Trash.h"
 
-#import <AppKit/AppKit.h>
+#include "platform/MacAnswers.h"
 
-#include <QFile>
+#import <AppKit/AppKit.h>
 
 namespace tw {
 
@@ -14,30 +14,29 @@ public:
         Answer answer;
         @autoreleasepool {
             NSMutableArray<NSURL*>* urls = [NSMutableArray arrayWithCapacity:NSUInteger(paths.size())];
-            NSMutableDictionary<NSURL*, NSData*>* given = [NSMutableDictionary dictionary];
-            for (const QByteArray& path : paths) {
-                NSURL* url = [NSURL fileURLWithFileSystemRepresentation:path.constData() isDirectory:NO relativeToURL:nil];
-                [urls addObject:url];
-                given[url] = [NSData dataWithBytes:path.constData() length:NSUInteger(path.size())];
-            }
-            // The completion may come on any thread; wait for it here, on our worker.
+            for (const QByteArray& path : paths)
+                [urls addObject:[NSURL fileURLWithFileSystemRepresentation:path.constData()
+                                                               isDirectory:NO
+                                                             relativeToURL:nil]];
+            // NSWorkspace takes this call from a block on a dispatch queue and
+            // answers on that queue; our worker waits for the answer.
             dispatch_semaphore_t done = dispatch_semaphore_create(0);
             __block NSDictionary<NSURL*, NSURL*>* moved = nil;
             __block NSError* failure = nil;
-            [NSWorkspace.sharedWorkspace recycleURLs:urls
-                                   completionHandler:^(NSDictionary<NSURL*, NSURL*>* newURLs, NSError* error) {
-                                       moved = newURLs;
-                                       failure = error;
-                                       dispatch_semaphore_signal(done);
-                                   }];
+            dispatch_async(dispatch_get_global_queue(QOS_CLASS_USER_INITIATED, 0), ^{
+                [NSWorkspace.sharedWorkspace recycleURLs:urls
+                                       completionHandler:^(NSDictionary<NSURL*, NSURL*>* newURLs, NSError* error) {
+                                           moved = newURLs;
+                                           failure = error;
+                                           dispatch_semaphore_signal(done);
+                                       }];
+            });
             dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER);
-            for (NSURL* url in moved) {
-                NSData* original = given[url];
-                if (!original)
-                    continue;
-                const QByteArray from(static_cast<const char*>(original.bytes), qsizetype(original.length));
-                answer.moved.insert(from, QByteArray(moved[url].fileSystemRepresentation));
-            }
+            QList<QPair<QByteArray, QByteArray>> answered;
+            for (NSURL* url in moved)
+                answered.append({QByteArray(url.fileSystemRepresentation),
+                                 QByteArray(moved[url].fileSystemRepresentation)});
+            answer.moved = movedAsAsked(paths, answered);
             if (failure)
                 answer.error = QString::fromNSString(failure.localizedDescription);
         }

@@ -1,0 +1,3 @@
+// See Availability.h.
+#pragma once
+#include <Availability.h>

@@ -1,0 +1,2 @@
+// Every framework header leads to the one declarations file.
+#import "../AppleDeclarations.h"

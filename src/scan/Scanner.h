@@ -9,6 +9,8 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -70,6 +72,8 @@ private:
     ScanMonitor m_monitor;
     FileAllocationTracker m_allocation;
     int m_workersUsed = 0;
+    // The walkers' headway summed, for the watchdog; set for the length of a walk.
+    std::function<std::uint64_t()> m_headway;
 
     std::mutex m_watchdogLock;
     std::condition_variable m_watchdogWake;

@@ -427,6 +427,7 @@ private Q_SLOTS:
             makeDir(path);
         }
         const QString cli = QCoreApplication::applicationDirPath() + QStringLiteral("/../../tools/tidewick-cli");
+        QVERIFY2(QFile::exists(cli), qPrintable(cli));
         for (const char* workers : {"1", "3"}) {
             QProcess process;
             // A hard limit of 64, as `ulimit -n 64` leaves it: the scan cannot raise it.

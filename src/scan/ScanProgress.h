@@ -51,8 +51,9 @@ public:
 
     // Restarts the stall clock and the rate window; called as the walk starts.
     void start();
-    // One watchdog check. Raises the skip request, and returns true, when no
-    // file was charged for longer than the stall threshold.
+    // One watchdog check. Raises the skip request, and returns true, when
+    // there was no headway (counters moved, or noteHeadway()) for longer
+    // than the stall threshold.
     bool checkStall();
     void setStallThreshold(std::chrono::duration<double> threshold);
     // The walk moved (a file charged, names read) though the counters may

@@ -659,15 +659,14 @@ Join* Walker::joinFor(int depth)
     Frame& frame = m_frames[std::size_t(depth)];
     if (frame.join)
         return frame.join;
-    Join* up = m_taskJoin;
-    if (depth > m_baseDepth) {
-        // The level above now waits for this one as for a handed-out folder.
-        up = joinFor(depth - 1);
-        up->outstanding.fetch_add(1, std::memory_order_relaxed);
-    }
+    Join* up = depth > m_baseDepth ? joinFor(depth - 1) : m_taskJoin;
     // One for this walker's own pass over the folder.
-    frame.join = m_share.makeJoin(*frame.node, up, 1);
-    return frame.join;
+    Join* join = m_share.makeJoin(*frame.node, up, 1);
+    // The level above now waits for this one as for a handed-out folder.
+    if (depth > m_baseDepth)
+        up->outstanding.fetch_add(1, std::memory_order_relaxed);
+    frame.join = join;
+    return join;
 }
 
 void Walker::release(Join* join)

@@ -8,9 +8,8 @@
  *
  *   barewalk [-j N] PATH
  *
- * With -j N the root's subfolders are walked by N threads, each taking the
- * next unwalked subfolder in listing order, like the scanner's first-level
- * fan-out.
+ * With -j N, N threads share the walk at every depth, as the scanner's
+ * workers do (see walk_parallel).
  */
 #define _GNU_SOURCE
 #include <dirent.h>
@@ -139,33 +138,211 @@ static void walk(int parent, const char *name, struct counts *c)
     closedir(dir);
 }
 
-/* First-level fan-out: the root's subfolders, handed out in listing order. */
-struct fanout {
-    int rootfd;
-    char **names;
-    size_t count;
-    size_t next;
+/* Work sharing, as the scanner does it: each thread walks depth first, a
+ * folder in two passes (every entry examined, then the subfolders entered).
+ * When a thread waits for work and none is queued, a busy one hands it the
+ * later half of the unentered subfolders of its shallowest level that has
+ * any; a handed-out folder is opened by its path. */
+#define MAX_DEPTH 130
+
+struct task {
+    char *path;
+    int depth;
+};
+
+struct share {
     pthread_mutex_t lock;
+    pthread_cond_t wake;
+    struct task *tasks;
+    size_t head, len, cap;
+    size_t live; /* queued or being walked */
+    int hungry;  /* read without the lock as a hint */
+};
+
+struct level {
+    int fd;
+    size_t path_len;
+    char *names; /* the subfolders' names, NUL-separated */
+    size_t names_len, names_cap;
+    size_t *subs; /* offsets into names */
+    size_t nsubs, subs_cap;
+    size_t next, end;
 };
 
 struct worker {
     pthread_t thread;
-    struct fanout *work;
+    struct share *share;
     struct counts counts;
+    struct level levels[MAX_DEPTH + 1];
+    int base;
+    char path[1 << 16];
+    size_t path_len;
 };
+
+static void *grow(void *p, size_t *cap, size_t need, size_t size)
+{
+    if (need <= *cap)
+        return p;
+    size_t cap2 = *cap ? *cap : 64;
+    while (cap2 < need)
+        cap2 *= 2;
+    void *q = realloc(p, cap2 * size);
+    if (!q) {
+        perror("barewalk: realloc");
+        exit(1);
+    }
+    *cap = cap2;
+    return q;
+}
+
+static void push_tasks(struct share *s, struct task *tasks, size_t n)
+{
+    pthread_mutex_lock(&s->lock);
+    if (s->head == s->len)
+        s->head = s->len = 0;
+    s->tasks = grow(s->tasks, &s->cap, s->len + n, sizeof *s->tasks);
+    memcpy(s->tasks + s->len, tasks, n * sizeof *tasks);
+    s->len += n;
+    s->live += n;
+    pthread_cond_broadcast(&s->wake);
+    pthread_mutex_unlock(&s->lock);
+}
+
+static int take_task(struct share *s, struct task *out)
+{
+    pthread_mutex_lock(&s->lock);
+    if (s->head == s->len) {
+        __atomic_add_fetch(&s->hungry, 1, __ATOMIC_RELAXED);
+        while (s->head == s->len && s->live > 0)
+            pthread_cond_wait(&s->wake, &s->lock);
+        __atomic_sub_fetch(&s->hungry, 1, __ATOMIC_RELAXED);
+    }
+    const int got = s->head < s->len;
+    if (got)
+        *out = s->tasks[s->head++];
+    pthread_mutex_unlock(&s->lock);
+    return got;
+}
+
+static void task_done(struct share *s)
+{
+    pthread_mutex_lock(&s->lock);
+    if (--s->live == 0)
+        pthread_cond_broadcast(&s->wake);
+    pthread_mutex_unlock(&s->lock);
+}
+
+static void maybe_share(struct worker *w, int depth)
+{
+    struct share *s = w->share;
+    pthread_mutex_lock(&s->lock);
+    const int queued = s->head < s->len;
+    pthread_mutex_unlock(&s->lock);
+    if (queued)
+        return;
+    for (int at = w->base; at <= depth; ++at) {
+        struct level *l = &w->levels[at];
+        const size_t waiting = l->end > l->next + 1 ? l->end - l->next - 1 : 0;
+        if (!waiting)
+            continue;
+        const size_t give = (waiting + 1) / 2;
+        struct task *tasks = malloc(give * sizeof *tasks);
+        if (!tasks) {
+            perror("barewalk: malloc");
+            exit(1);
+        }
+        for (size_t k = 0; k < give; ++k) {
+            const char *name = l->names + l->subs[l->end - 1 - k];
+            const size_t len = l->path_len + 1 + strlen(name);
+            char *path = malloc(len + 1);
+            if (!path) {
+                perror("barewalk: malloc");
+                exit(1);
+            }
+            memcpy(path, w->path, l->path_len);
+            path[l->path_len] = '/';
+            strcpy(path + l->path_len + 1, name);
+            tasks[k] = (struct task){path, at + 1};
+        }
+        l->end -= give;
+        push_tasks(s, tasks, give);
+        free(tasks);
+        return;
+    }
+}
+
+static void walk_shared(struct worker *w, int fd, int depth)
+{
+    struct level *l = &w->levels[depth];
+    DIR *dir = fdopendir(fd);
+    if (!dir) {
+        close(fd);
+        ++w->counts.unreadable;
+        return;
+    }
+    l->fd = fd;
+    l->path_len = w->path_len;
+    l->names_len = 0;
+    l->nsubs = 0;
+    const struct dirent *e;
+    while ((e = readdir(dir)) != NULL) {
+        const char *n = e->d_name;
+        if (n[0] == '.' && (n[1] == 0 || (n[1] == '.' && n[2] == 0)))
+            continue;
+        if (!visit(fd, n, &w->counts) || depth + 1 > MAX_DEPTH)
+            continue;
+        const size_t len = strlen(n) + 1;
+        l->names = grow(l->names, &l->names_cap, l->names_len + len, 1);
+        memcpy(l->names + l->names_len, n, len);
+        l->subs = grow(l->subs, &l->subs_cap, l->nsubs + 1, sizeof *l->subs);
+        l->subs[l->nsubs++] = l->names_len;
+        l->names_len += len;
+    }
+    for (l->next = 0, l->end = l->nsubs; l->next < l->end; ++l->next) {
+        if (__atomic_load_n(&w->share->hungry, __ATOMIC_RELAXED) > 0)
+            maybe_share(w, depth);
+        const char *name = l->names + l->subs[l->next];
+        const int child = openat(fd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (child < 0) {
+            ++w->counts.unreadable;
+            continue;
+        }
+        const size_t len = strlen(name);
+        if (w->path_len + 1 + len >= sizeof w->path) {
+            close(child);
+            ++w->counts.unreadable;
+            continue;
+        }
+        w->path[w->path_len] = '/';
+        memcpy(w->path + w->path_len + 1, name, len + 1);
+        w->path_len += 1 + len;
+        walk_shared(w, child, depth + 1);
+        w->path_len = l->path_len;
+        w->path[w->path_len] = 0;
+    }
+    closedir(dir);
+}
 
 static void *worker_main(void *arg)
 {
     struct worker *w = arg;
-    struct fanout *f = w->work;
-    for (;;) {
-        pthread_mutex_lock(&f->lock);
-        const size_t i = f->next < f->count ? f->next++ : f->count;
-        pthread_mutex_unlock(&f->lock);
-        if (i == f->count)
-            return NULL;
-        walk(f->rootfd, f->names[i], &w->counts);
+    struct task t;
+    while (take_task(w->share, &t)) {
+        const size_t len = strlen(t.path);
+        const int fd = len < sizeof w->path
+            ? open(t.path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC) : -1;
+        if (fd < 0) {
+            ++w->counts.unreadable;
+        } else {
+            memcpy(w->path, t.path, len + 1);
+            w->path_len = len;
+            w->base = t.depth;
+            walk_shared(w, fd, t.depth);
+        }
+        free(t.path);
+        task_done(w->share);
     }
+    return NULL;
 }
 
 static void add(struct counts *into, const struct counts *c)
@@ -180,70 +357,41 @@ static void add(struct counts *into, const struct counts *c)
 
 static void walk_parallel(const char *path, int threads, struct counts *total)
 {
-    struct fanout f = {.rootfd = -1};
-    pthread_mutex_init(&f.lock, NULL);
-    f.rootfd = open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (f.rootfd < 0) {
-        ++total->unreadable;
-        return;
+    struct share s = {.head = 0};
+    pthread_mutex_init(&s.lock, NULL);
+    pthread_cond_init(&s.wake, NULL);
+    char *root = strdup(path);
+    if (!root) {
+        perror("barewalk: strdup");
+        exit(1);
     }
-    DIR *dir = fdopendir(dup(f.rootfd));
-    if (!dir) {
-        close(f.rootfd);
-        ++total->unreadable;
-        return;
-    }
-    size_t cap = 0;
-    const struct dirent *e;
-    while ((e = readdir(dir)) != NULL) {
-        const char *n = e->d_name;
-        if (n[0] == '.' && (n[1] == 0 || (n[1] == '.' && n[2] == 0)))
-            continue;
-        if (!visit(f.rootfd, n, total))
-            continue;
-        if (f.count == cap) {
-            cap = cap ? cap * 2 : 64;
-            char **names = realloc(f.names, cap * sizeof *names);
-            if (!names) {
-                perror("barewalk: realloc");
-                exit(1);
-            }
-            f.names = names;
-        }
-        f.names[f.count] = strdup(n);
-        if (!f.names[f.count]) {
-            perror("barewalk: strdup");
-            exit(1);
-        }
-        ++f.count;
-    }
-    closedir(dir);
-
+    struct task first = {root, 0};
+    push_tasks(&s, &first, 1);
     struct worker *workers = calloc((size_t)threads, sizeof *workers);
     if (!workers) {
         perror("barewalk: calloc");
         exit(1);
     }
-    int started = 0;
-    for (int i = 0; i < threads && (size_t)i < f.count; ++i) {
-        workers[i].work = &f;
+    for (int i = 0; i < threads; ++i) {
+        workers[i].share = &s;
         const int err = pthread_create(&workers[i].thread, NULL, worker_main, &workers[i]);
         if (err) {
             fprintf(stderr, "barewalk: pthread_create: %s\n", strerror(err));
             exit(1);
         }
-        ++started;
     }
-    for (int i = 0; i < started; ++i) {
+    for (int i = 0; i < threads; ++i) {
         pthread_join(workers[i].thread, NULL);
         add(total, &workers[i].counts);
+        for (int d = 0; d <= MAX_DEPTH; ++d) {
+            free(workers[i].levels[d].names);
+            free(workers[i].levels[d].subs);
+        }
     }
     free(workers);
-    for (size_t i = 0; i < f.count; ++i)
-        free(f.names[i]);
-    free(f.names);
-    close(f.rootfd);
-    pthread_mutex_destroy(&f.lock);
+    free(s.tasks);
+    pthread_cond_destroy(&s.wake);
+    pthread_mutex_destroy(&s.lock);
 }
 
 static void usage(void)

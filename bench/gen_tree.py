@@ -35,7 +35,9 @@ few hundred bytes to a few KB, and the whole tree takes about 6.5 GB of disk.
 
 No first-level folder holds more than about a third of the entries, as in a
 real home folder, where Library, projects, caches and media share the bulk.
-A walker that fans out at the first level can only be as parallel as that.
+With --skewed the projects and the kernel tree go into Library/Workspace
+instead, and Library holds about 85 % of the entries, as a Library full of
+developer data can: the case for sharing the walk below the first level.
 """
 
 import argparse
@@ -471,7 +473,7 @@ def part_pnpm(gen, home):
     """A content store and a project whose package files are hard links into it."""
     rng = gen.rng
     store_root = os.open(".local/share/pnpm", O_DIR, dir_fd=home)
-    proj = os.open("Developer/monorepo", O_DIR, dir_fd=home)
+    proj = os.open(WORK + "Developer/monorepo", O_DIR, dir_fd=home)
     try:
         store = gen.mkdir(store_root, "store")
         v3 = gen.mkdir(store, "v3")
@@ -612,7 +614,7 @@ def part_library(gen, home):
 
 def part_kernel(gen, home):
     rng = gen.rng
-    fd = os.open("src/linux", O_DIR, dir_fd=home)
+    fd = os.open(WORK + "src/linux", O_DIR, dir_fd=home)
     try:
         for f, s in (("Makefile", 68 * KB), ("Kconfig", 1200), ("MAINTAINERS", 200 * KB),
                      ("COPYING", 500), ("README", 700), (".gitignore", 2000)):
@@ -1029,9 +1031,17 @@ SKELETON = ("Desktop", "Documents", "Downloads", "Music", "Pictures", "Projects"
             ".npm", ".cargo", ".ssh", "VirtualBox VMs")
 
 
+# Where the projects and the kernel tree go: the home folder itself, or with
+# --skewed one folder inside Library, which then holds about 85 % of the
+# entries (as a real Library with Xcode's and a package manager's data can).
+WORK = ""
+WORKSPACE = "Library/Workspace/"
+MOVED = ("Projects", "Developer", "Developer/monorepo", "src", "src/linux")
+
+
 def project_dir(i):
     """Six projects in Projects, four in Developer, the rest in src."""
-    return "%s/%s" % ("Projects" if i < 6 else "Developer" if i < 10 else "src", project_name(i))
+    return "%s%s/%s" % (WORK, "Projects" if i < 6 else "Developer" if i < 10 else "src", project_name(i))
 
 
 def units(scale):
@@ -1045,7 +1055,9 @@ def units(scale):
 
 
 def run_unit(job):
-    root, seed, scale, kind, arg = job
+    root, seed, scale, kind, arg, skewed = job
+    global WORK
+    WORK = WORKSPACE if skewed else ""
     gen = Gen(unit_seed(seed, "%s:%s" % (kind, arg)), scale)
     home = os.open(root, O_DIR)
     try:
@@ -1067,6 +1079,9 @@ def main():
     # Creating files is bound by the file system's own locks: a second process
     # mostly adds contention, so one is the default.
     ap.add_argument("--jobs", type=int, default=1, help="parts built in parallel")
+    ap.add_argument("--skewed", action="store_true",
+                    help="put the projects and the kernel tree in Library: one first-level "
+                    "folder then holds about 85 %% of the entries")
     args = ap.parse_args()
     if args.scale <= 0:
         ap.error("--scale must be positive")
@@ -1076,11 +1091,17 @@ def main():
     if os.listdir(root):
         sys.exit("gen_tree: %s is not empty" % root)
     started = time.monotonic()
+    global WORK
+    WORK = WORKSPACE if args.skewed else ""
     parts = units(args.scale)
-    made = list(SKELETON) + [arg for kind, arg in parts if kind == "project"]
+    skeleton = list(SKELETON)
+    if args.skewed:
+        skeleton = [d for d in skeleton if d not in MOVED] + [WORKSPACE.rstrip("/")]
+        skeleton += [WORKSPACE + d for d in MOVED]
+    made = skeleton + [arg for kind, arg in parts if kind == "project"]
     for d in made:
         os.mkdir(os.path.join(root, d), 0o755)
-    jobs = [(root, args.seed, args.scale, kind, arg) for kind, arg in parts]
+    jobs = [(root, args.seed, args.scale, kind, arg, args.skewed) for kind, arg in parts]
     totals = {"files": 0, "dirs": len(made), "symlinks": 0, "hardlinks": 0, "large": 0,
               "sparse": 0, "written": 0}
     if args.jobs > 1:

@@ -3,11 +3,6 @@
 namespace tw {
 
 namespace {
-FileAllocationTracker::Identity identityOf(const struct stat& facts)
-{
-    return {static_cast<std::uint32_t>(facts.st_dev), static_cast<std::uint64_t>(facts.st_ino)};
-}
-
 std::size_t slotOf(std::uint64_t inode, std::size_t mask)
 {
     return std::size_t((inode * 0x9E3779B97F4A7C15ull) >> 17) & mask;
@@ -106,6 +101,17 @@ FileAllocationTracker::Claim FileAllocationTracker::claimDirectory(const struct 
         return Claim::alreadySeen;
     const std::lock_guard guard(m_lock);
     return m_directories.insert(identityOf(facts)) ? Claim::claimed : Claim::alreadySeen;
+}
+
+FileAllocationTracker::Claim FileAllocationTracker::claimDirectory(const Identity& folder)
+{
+    const std::lock_guard guard(m_lock);
+    return m_directories.insert(folder) ? Claim::claimed : Claim::alreadySeen;
+}
+
+FileAllocationTracker::Identity FileAllocationTracker::identityOf(const struct stat& facts)
+{
+    return {static_cast<std::uint32_t>(facts.st_dev), static_cast<std::uint64_t>(facts.st_ino)};
 }
 
 std::size_t FileAllocationTracker::directoryCount() const

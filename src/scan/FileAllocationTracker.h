@@ -36,6 +36,9 @@ public:
     // Whether a walk should enter the folder at `path`.
     [[nodiscard]] Claim claimDirectory(const QByteArray& path);
     [[nodiscard]] Claim claimDirectory(const struct stat& facts);
+    // The same, for a folder known to be one by its identity alone.
+    [[nodiscard]] Claim claimDirectory(const Identity& folder);
+    [[nodiscard]] static Identity identityOf(const struct stat& facts);
 
     [[nodiscard]] std::size_t directoryCount() const;
     [[nodiscard]] std::size_t linkedFileCount() const;

@@ -51,10 +51,14 @@ public:
 
     // Restarts the stall clock and the rate window; called as the walk starts.
     void start();
-    // One watchdog check. Raises the skip request, and returns true, when no
-    // file was charged for longer than the stall threshold.
+    // One watchdog check. Raises the skip request, and returns true, when
+    // there was no headway (counters moved, or noteHeadway()) for longer
+    // than the stall threshold.
     bool checkStall();
     void setStallThreshold(std::chrono::duration<double> threshold);
+    // The walk moved (a file charged, names read) though the counters may
+    // not show it yet: restarts the stall clock.
+    void noteHeadway() { m_lastCounterBumpAt.store(nowTicks(), std::memory_order_relaxed); }
 
     void cancel() { m_cancelled.store(true, std::memory_order_relaxed); }
     [[nodiscard]] bool isCancelled() const { return m_cancelled.load(std::memory_order_relaxed); }

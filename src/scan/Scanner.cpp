@@ -8,7 +8,7 @@
 #include <QThread>
 
 #include <algorithm>
-#include <array>
+#include <deque>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
@@ -31,10 +31,18 @@ namespace {
 // empty, flagged node.
 constexpr int kDepthLimit = 129;
 constexpr std::uint32_t kReportEvery = 500;
-// Small enough that reports and the stall rule see headway promptly.
+// Small enough that reports see headway promptly.
 constexpr qint64 kCounterBatch = 64;
+// Within one listing, how many names go by between looks at cancel and
+// between signs of headway for the stall rule.
+constexpr std::size_t kListingStride = 1024;
+// macOS refuses a descriptor limit above OPEN_MAX; Linux takes what the hard
+// limit allows.
+constexpr rlim_t kDescriptorCeiling = 10240;
 
-// A deep walk keeps one descriptor open per level and per worker.
+// A deep walk keeps one descriptor open per level and per worker; when the
+// limit is reached anyway, the walk lets go of its descriptors and goes on
+// by path.
 void raiseDescriptorLimit()
 {
     static std::once_flag once;
@@ -42,19 +50,24 @@ void raiseDescriptorLimit()
         struct rlimit limit {};
         if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
             return;
-        const rlim_t wanted = std::min<rlim_t>(limit.rlim_max, 16384);
-        if (limit.rlim_cur < wanted) {
-            limit.rlim_cur = wanted;
-            ::setrlimit(RLIMIT_NOFILE, &limit);
+        for (rlim_t wanted = std::min<rlim_t>(limit.rlim_max, kDescriptorCeiling); wanted > limit.rlim_cur;
+             wanted /= 2) {
+            struct rlimit raised = limit;
+            raised.rlim_cur = wanted;
+            if (::setrlimit(RLIMIT_NOFILE, &raised) == 0)
+                return;
         }
     });
 }
 
-QByteArray normalizedRoot(const QByteArray& given)
+// The absolute root, without trailing slashes; `followLink` tells whether the
+// user ended it with one, which asks for a symbolic link to be followed.
+QByteArray normalizedRoot(const QByteArray& given, bool& followLink)
 {
     QByteArray path = given;
     if (!path.startsWith('/'))
         path = QFile::encodeName(QDir::currentPath()) + (path.isEmpty() ? QByteArray() : "/" + path);
+    followLink = path.size() >= 2 && path.endsWith('/');
     while (path.size() >= 2 && path.endsWith('/'))
         path.chop(1);
     return path;
@@ -65,68 +78,144 @@ int activeProcessorCount()
     return std::max(1, QThread::idealThreadCount());
 }
 
-struct Descriptor {
-    explicit Descriptor(DIR* d = nullptr) : dir(d) {}
-    ~Descriptor()
-    {
-        if (dir)
-            ::closedir(dir);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    DIR* dir;
-};
+bool outOfDescriptors()
+{
+    return errno == EMFILE || errno == ENFILE;
+}
 
 } // namespace
 
-// One thread's share of a walk: its own arena, path buffer and listing stack.
-// Each folder node is written by exactly one walker.
+// A folder whose totals wait for work that other workers do: folders handed
+// out, or folders below it that handed some out. The last to finish adds up
+// the totals and passes the news up.
+struct Join {
+    FileNode* node = nullptr;
+    Join* parent = nullptr;
+    std::atomic<int> outstanding{0};
+    Join* nextFree = nullptr;
+};
+
+// A folder handed out for any idle worker to walk.
+struct Task {
+    FileNode* node;
+    Join* parentJoin; // null for the root
+    int depth;
+};
+
+// What the workers of one walk share: the folders handed out, the joins, and
+// how many workers wait for work. Lock-guarded; the busy workers only look
+// at the two atomics, once a folder.
+class WorkShare {
+public:
+    std::atomic<int> hungry{0};
+    std::atomic<std::size_t> queued{0};
+
+    void push(const Task* tasks, std::size_t count)
+    {
+        {
+            const std::lock_guard guard(m_lock);
+            m_tasks.insert(m_tasks.end(), tasks, tasks + count);
+            m_live += count;
+            queued.store(m_tasks.size() - m_head, std::memory_order_relaxed);
+        }
+        m_wake.notify_all();
+    }
+
+    // The next folder to walk, or nothing when the walk is over.
+    std::optional<Task> take()
+    {
+        std::unique_lock lock(m_lock);
+        if (m_head == m_tasks.size()) {
+            hungry.fetch_add(1, std::memory_order_relaxed);
+            m_wake.wait(lock, [this] { return m_head < m_tasks.size() || m_live == 0; });
+            hungry.fetch_sub(1, std::memory_order_relaxed);
+            if (m_head == m_tasks.size())
+                return std::nullopt;
+        }
+        // Oldest first: handed out from the shallowest levels, they hold the most.
+        const Task task = m_tasks[m_head++];
+        if (m_head == m_tasks.size()) {
+            m_tasks.clear();
+            m_head = 0;
+        }
+        queued.store(m_tasks.size() - m_head, std::memory_order_relaxed);
+        return task;
+    }
+
+    void taskDone()
+    {
+        bool over = false;
+        {
+            const std::lock_guard guard(m_lock);
+            over = --m_live == 0;
+        }
+        if (over)
+            m_wake.notify_all();
+    }
+
+    Join* makeJoin(FileNode& node, Join* parent, int outstanding)
+    {
+        const std::lock_guard guard(m_lock);
+        Join* join = m_free;
+        if (join)
+            m_free = join->nextFree;
+        else
+            join = &m_joins.emplace_back();
+        join->node = &node;
+        join->parent = parent;
+        join->nextFree = nullptr;
+        join->outstanding.store(outstanding, std::memory_order_relaxed);
+        return join;
+    }
+
+    void freeJoin(Join* join)
+    {
+        const std::lock_guard guard(m_lock);
+        join->nextFree = m_free;
+        m_free = join;
+    }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_wake;
+    std::vector<Task> m_tasks;
+    std::size_t m_head = 0;
+    std::size_t m_live = 0; // handed out and not yet finished
+    std::deque<Join> m_joins;
+    Join* m_free = nullptr;
+};
+
+// One thread's share of a walk: its own arena, path buffer and a frame per
+// level. Each folder node is written by one walker at a time. A folder is
+// walked in two passes: its listing is read and every child examined (files
+// charged), then its folders are entered; folders not yet entered can be
+// handed to an idle worker from any level.
 class Walker {
 public:
-    Walker(Scanner& scanner, const VolumeBoundary& boundary, std::string rootPath)
-        : m_scanner(scanner), m_boundary(boundary), m_path(std::move(rootPath))
+    Walker(Scanner& scanner, const VolumeBoundary& boundary, WorkShare& share)
+        : m_scanner(scanner), m_boundary(boundary), m_share(share)
     {
+        m_frames.resize(kDepthLimit + 1);
         m_listings.resize(kDepthLimit + 1);
     }
 
-    // The root, or a first-level folder handed to a worker: `facts` are its
-    // lstat facts, null when lstat failed.
-    void walkEntry(FileNode& node, int parentFd, const char* name, const struct stat* facts, int depth);
-
-    // Lists the root and charges its files, then walks its folders on up to
-    // `workers` threads, each with a walker of its own kept in `helpers`.
-    void walkRootInParallel(FileNode& root, const struct stat* facts, int workers,
-                            std::vector<Walker>& helpers);
+    // A root that is not a folder.
+    void runFile(FileNode& node, const std::string& path, const struct stat& facts)
+    {
+        m_path = path;
+        reportPath();
+        chargeFile(node, &facts);
+        flushCounters();
+    }
+    // Walks folders handed out until the walk is over.
+    void work();
+    // Walks one folder or the root; `rootPath` and the root's own facts for the root.
+    void runTask(const Task& task, const std::string* rootPath = nullptr, bool followRoot = false);
 
     Arena takeArena() { return std::move(m_arena); }
     [[nodiscard]] qint64 nodesMade() const { return m_nodesMade; }
+    [[nodiscard]] std::uint64_t headway() const { return m_headway.load(std::memory_order_relaxed); }
 
-private:
-    struct Pending {
-        std::uint32_t slot;
-        struct stat facts;
-    };
-    bool listRoot(FileNode& root, DIR* dir, std::vector<Pending>& pending);
-    void walkDirectory(FileNode& node, int fd, int depth);
-    // Reads every name of the open folder into the arena; false if the listing failed.
-    bool readNames(DIR* dir, std::vector<const unsigned char*>& names);
-    // Whether a listed child is left out of the tree altogether.
-    bool leftOut(const struct stat& facts, std::string_view name) const;
-    FileNode* allocateSlots(std::size_t count);
-    // Examines one listed entry. Returns the node made for it in slots[index],
-    // with a file already charged, or null when the entry is left out. A
-    // child that cannot be examined is kept as a file that costs nothing.
-    FileNode* admitChild(int dirFd, const unsigned char* stored, FileNode& parent, FileNode* slots,
-                         std::uint32_t index, struct stat& facts);
-    void chargeFile(FileNode& node, const struct stat* facts);
-    void finishFolder(FileNode& node, FileNode* slots, std::uint32_t kept);
-    void reportPath()
-    {
-        flushCounters();
-        m_scanner.m_monitor.reportPath(m_path);
-    }
-
-public:
     // Hands the files charged since the last flush to the shared counters.
     void flushCounters()
     {
@@ -137,40 +226,170 @@ public:
         m_pendingFiles = 0;
     }
 
+    // Between the two passes a folder's node holds its identity where its
+    // totals will go; the second pass takes it back out.
+    static void keepIdentity(FileNode& node, const struct stat& facts)
+    {
+        const FileAllocationTracker::Identity id = FileAllocationTracker::identityOf(facts);
+        node.m_size = qint64(id.inode);
+        node.m_fileCount = id.device;
+    }
+
 private:
+    struct Frame {
+        FileNode* node = nullptr;
+        Join* join = nullptr;
+        DIR* dir = nullptr;        // the folder's listing, while it is held
+        int fd = -1;               // its descriptor (or one opened again by path), -1 once let go
+        std::uint32_t next = 0;    // the next child to enter
+        std::uint32_t end = 0;     // children from here on were handed out
+        dev_t device = 0;
+        FileAllocationTracker::Identity identity;
+        std::size_t pathLength = 0;
+    };
+
+    static FileAllocationTracker::Identity takeIdentity(FileNode& node)
+    {
+        const FileAllocationTracker::Identity id{node.m_fileCount, std::uint64_t(node.m_size)};
+        node.m_size = 0;
+        node.m_fileCount = 0;
+        return id;
+    }
+
+    // Walks one folder. True when its totals are left to a join, to be
+    // taken by whoever finishes last; false when they are complete already
+    // (or the folder was not entered).
+    bool walkFolder(FileNode& node, int depth, const FileAllocationTracker::Identity& identity,
+                    bool openByPath, bool followLink);
+    int openFolder(FileNode& node, int depth, const FileAllocationTracker::Identity& identity,
+                   bool openByPath, bool followLink);
+    int openByFullPath(const FileAllocationTracker::Identity& identity, bool followLink);
+    // Closes every descriptor the walk holds above `depth`; they are opened
+    // again by path if needed.
+    void letGoOfDescriptors(int depth);
+    static void closeFrame(Frame& frame)
+    {
+        if (frame.dir)
+            ::closedir(frame.dir);
+        else if (frame.fd >= 0)
+            ::close(frame.fd);
+        frame.dir = nullptr;
+        frame.fd = -1;
+    }
+    int parentDescriptor(int depth);
+    // Reads every name of the open folder into the arena; false if the listing failed.
+    bool readNames(DIR* dir, std::vector<const unsigned char*>& names);
+    // Whether a listed child is left out of the tree altogether.
+    bool leftOut(const struct stat& facts, std::string_view name, dev_t parentDevice) const;
+    FileNode* allocateSlots(std::size_t count);
+    // Examines one listed entry. Returns the node made for it in slots[index],
+    // with a file already charged, or null when the entry is left out. A
+    // child that cannot be examined is kept as a file that costs nothing.
+    FileNode* admitChild(int dirFd, const unsigned char* stored, FileNode& parent, FileNode* slots,
+                         std::uint32_t index, dev_t parentDevice, int depth);
+    void chargeFile(FileNode& node, const struct stat* facts);
+    static void finishFolder(FileNode& node);
+    void enterChildren(int depth);
+    void maybeShare(int depth);
+    Join* joinFor(int depth);
+    void release(Join* join);
+    void noteHeadway() { m_headway.store(m_headway.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed); }
+    void setPathTo(const FileNode& node);
+    void reportPath()
+    {
+        flushCounters();
+        m_scanner.m_monitor.reportPath(m_path);
+    }
 
     Scanner& m_scanner;
     const VolumeBoundary& m_boundary;
+    WorkShare& m_share;
     std::string m_path;
     Arena m_arena;
+    std::vector<Frame> m_frames;                               // one per depth, reused
     std::vector<std::vector<const unsigned char*>> m_listings; // one per depth, reused
+    std::vector<const FileNode*> m_chain;                      // reused to rebuild a handed-out folder's path
+    std::vector<Task> m_handing;                               // reused to hand folders out
+    int m_baseDepth = 0;
+    Join* m_taskJoin = nullptr;
     qint64 m_nodesMade = 0;
     // Charged files wait here and reach the shared counters in batches, so
     // that workers do not contend for one cache line a file.
     qint64 m_pendingBytes = 0;
     qint64 m_pendingFiles = 0;
+    // Read by the stall watchdog: every charged file and every stretch of a
+    // listing moves it, on a cache line of this walker's own.
+    alignas(64) std::atomic<std::uint64_t> m_headway{0};
 };
+
+void Walker::work()
+{
+    while (const std::optional<Task> task = m_share.take()) {
+        runTask(*task);
+        m_share.taskDone();
+    }
+    flushCounters();
+}
+
+void Walker::setPathTo(const FileNode& node)
+{
+    m_chain.clear();
+    for (const FileNode* at = &node; at; at = at->parent())
+        m_chain.push_back(at);
+    // The root's name is its whole path.
+    const std::string_view root = readStoredName(m_chain.back()->m_name);
+    m_path.assign(root);
+    for (auto at = m_chain.rbegin() + 1; at != m_chain.rend(); ++at) {
+        if (m_path.size() > 1)
+            m_path.push_back('/');
+        m_path.append((*at)->name());
+    }
+}
+
+void Walker::runTask(const Task& task, const std::string* rootPath, bool followRoot)
+{
+    m_baseDepth = task.depth;
+    m_taskJoin = task.parentJoin;
+    if (rootPath)
+        m_path = *rootPath;
+    else
+        setPathTo(*task.node);
+    const FileAllocationTracker::Identity identity = takeIdentity(*task.node);
+    if (!walkFolder(*task.node, task.depth, identity, true, followRoot))
+        release(task.parentJoin);
+    flushCounters();
+}
 
 bool Walker::readNames(DIR* dir, std::vector<const unsigned char*>& names)
 {
     names.clear();
+    ScanMonitor& monitor = m_scanner.m_monitor;
     errno = 0;
     while (const dirent* entry = ::readdir(dir)) {
         const char* n = entry->d_name;
         if (n[0] == '.' && (n[1] == 0 || (n[1] == '.' && n[2] == 0)))
             continue;
         names.push_back(storeName(m_arena, n, std::strlen(n)));
+        // A long listing on a slow disk is moving, not stalled (a deliberate
+        // change: the stall rule once counted charged files only, and gave up
+        // whole a folder of 200,000 entries that was still being read).
+        if (names.size() % kListingStride == 0) {
+            noteHeadway();
+            if (monitor.isCancelled())
+                return true;
+        }
+        errno = 0;
     }
     return errno == 0;
 }
 
-bool Walker::leftOut(const struct stat& facts, std::string_view name) const
+bool Walker::leftOut(const struct stat& facts, std::string_view name, dev_t parentDevice) const
 {
     // Links are never followed and never shown.
     if (S_ISLNK(facts.st_mode))
         return true;
     // Other volumes mounted below the root are not counted.
-    if (facts.st_dev != m_boundary.rootDevice() && !m_boundary.contains(facts.st_dev, m_path, name))
+    if (!m_boundary.contains(m_path, parentDevice, name, facts.st_dev, S_ISDIR(facts.st_mode)))
         return true;
     return m_path == "/" && Scanner::isSkippedPath(std::string("/").append(name));
 }
@@ -183,11 +402,12 @@ FileNode* Walker::allocateSlots(std::size_t count)
 }
 
 FileNode* Walker::admitChild(int dirFd, const unsigned char* stored, FileNode& parent, FileNode* slots,
-                             std::uint32_t index, struct stat& facts)
+                             std::uint32_t index, dev_t parentDevice, int depth)
 {
     const std::string_view name = readStoredName(stored);
+    struct stat facts {};
     const bool known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
-    if (known && leftOut(facts, name))
+    if (known && leftOut(facts, name, parentDevice))
         return nullptr;
     const bool isDirectory = known && S_ISDIR(facts.st_mode);
     auto* child = new (&slots[index]) FileNode;
@@ -197,6 +417,10 @@ FileNode* Walker::admitChild(int dirFd, const unsigned char* stored, FileNode& p
     ++m_nodesMade;
     if (!isDirectory)
         chargeFile(*child, known ? &facts : nullptr);
+    else if (depth + 1 >= kDepthLimit)
+        child->setInaccessible();
+    else
+        keepIdentity(*child, facts);
     return child;
 }
 
@@ -205,208 +429,255 @@ void Walker::chargeFile(FileNode& node, const struct stat* facts)
     const qint64 size = facts ? m_scanner.m_allocation.allocatedSize(*facts) : 0;
     node.m_size = size;
     node.m_fileCount = 1;
+    noteHeadway();
     m_pendingBytes += size;
     if (++m_pendingFiles == kCounterBatch)
         flushCounters();
 }
 
-void Walker::finishFolder(FileNode& node, FileNode* slots, std::uint32_t kept)
+void Walker::finishFolder(FileNode& node)
 {
     qint64 size = 0;
     qint64 files = 0;
-    for (std::uint32_t i = 0; i < kept; ++i) {
+    const FileNode* slots = node.m_children;
+    for (std::uint32_t i = 0, count = node.slotCount(); i < count; ++i) {
         if (qAddOverflow(size, slots[i].m_size, &size))
             qFatal("a folder's size overflowed");
         files += slots[i].m_fileCount;
     }
     if (files > qint64(UINT32_MAX))
         qFatal("a folder holds more files than a tree can count");
-    node.adoptChildren(slots, kept);
     node.m_size = size;
     node.m_fileCount = std::uint32_t(files);
     node.sortChildrenBySize();
 }
 
-void Walker::walkEntry(FileNode& node, int parentFd, const char* name, const struct stat* facts, int depth)
+void Walker::letGoOfDescriptors(int depth)
+{
+    for (int at = m_baseDepth; at < depth; ++at) {
+        closeFrame(m_frames[std::size_t(at)]);
+    }
+}
+
+int Walker::openByFullPath(const FileAllocationTracker::Identity& identity, bool followLink)
+{
+    const int fd = ::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (followLink ? 0 : O_NOFOLLOW));
+    if (fd < 0)
+        return fd;
+    // Reached by path, so make sure it is still the folder that was listed.
+    struct stat facts {};
+    if (::fstat(fd, &facts) != 0 || FileAllocationTracker::identityOf(facts) != identity) {
+        ::close(fd);
+        errno = ENOENT;
+        return -1;
+    }
+    return fd;
+}
+
+int Walker::parentDescriptor(int depth)
+{
+    Frame& parent = m_frames[std::size_t(depth - 1)];
+    if (parent.fd < 0) {
+        // Let go of for want of descriptors: open it again by its path.
+        const std::size_t length = m_path.size();
+        m_path.resize(parent.pathLength);
+        parent.fd = openByFullPath(parent.identity, false);
+        m_path.resize(length);
+    }
+    return parent.fd;
+}
+
+int Walker::openFolder(FileNode& node, int depth, const FileAllocationTracker::Identity& identity,
+                       bool openByPath, bool followLink)
+{
+    if (!openByPath) {
+        const int parentFd = parentDescriptor(depth);
+        if (parentFd >= 0) {
+            const int fd = ::openat(parentFd, node.name().data(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            if (fd >= 0 || !outOfDescriptors())
+                return fd;
+        }
+    } else {
+        const int fd = openByFullPath(identity, followLink);
+        if (fd >= 0 || !outOfDescriptors())
+            return fd;
+    }
+    // Out of descriptors: what this walker holds goes, and the folder is
+    // reached by its path instead of being flagged.
+    letGoOfDescriptors(depth);
+    return openByFullPath(identity, followLink);
+}
+
+bool Walker::walkFolder(FileNode& node, int depth, const FileAllocationTracker::Identity& identity,
+                        bool openByPath, bool followLink)
 {
     ScanMonitor& monitor = m_scanner.m_monitor;
     if (monitor.isCancelled())
-        return;
+        return false;
     if (monitor.skipRequested()) {
         node.setInaccessible();
-        return;
-    }
-    reportPath();
-    if (!node.isDirectory()) {
-        chargeFile(node, facts);
-        return;
-    }
-    if (depth >= kDepthLimit) {
-        node.setInaccessible();
-        return;
-    }
-    const auto claim = facts ? m_scanner.m_allocation.claimDirectory(*facts)
-                             : FileAllocationTracker::Claim::unreadable;
-    if (claim == FileAllocationTracker::Claim::unreadable)
-        node.setInaccessible();
-    if (claim != FileAllocationTracker::Claim::claimed)
-        return;
-    const int fd = ::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0) {
-        node.setInaccessible();
-        return;
-    }
-    walkDirectory(node, fd, depth);
-}
-
-void Walker::walkDirectory(FileNode& node, int fd, int depth)
-{
-    Descriptor dir(::fdopendir(fd));
-    if (!dir.dir) {
-        ::close(fd);
-        node.setInaccessible();
-        return;
-    }
-    std::vector<const unsigned char*>& names = m_listings[std::size_t(depth)];
-    if (!readNames(dir.dir, names)) {
-        node.setInaccessible();
-        return;
-    }
-    const int dirFd = ::dirfd(dir.dir);
-    ScanMonitor& monitor = m_scanner.m_monitor;
-    const std::size_t pathLength = m_path.size();
-    FileNode* slots = allocateSlots(names.size());
-    std::uint32_t kept = 0;
-
-    for (const unsigned char* stored : names) {
-        if (monitor.isCancelled())
-            break;
-        if (monitor.skipRequested()) {
-            node.setInaccessible();
-            break;
-        }
-        struct stat facts {};
-        FileNode* child = admitChild(dirFd, stored, node, slots, kept, facts);
-        if (!child)
-            continue;
-        if (child->isDirectory()) {
-            const std::string_view name = child->name();
-            if (pathLength > 1)
-                m_path.push_back('/');
-            m_path.append(name);
-            walkEntry(*child, dirFd, name.data(), &facts, depth + 1);
-            m_path.resize(pathLength);
-        }
-        ++kept;
-        if (kept % kReportEvery == 0) {
-            m_path.append("/… (").append(std::to_string(kept)).append(")");
-            reportPath();
-            m_path.resize(pathLength);
-        }
-    }
-    finishFolder(node, slots, kept);
-    flushCounters();
-    // The innermost folder that saw the request has honoured it.
-    if (monitor.skipRequested())
         monitor.clearSkip();
-}
-
-bool Walker::listRoot(FileNode& root, DIR* dir, std::vector<Pending>& pending)
-{
-    std::vector<const unsigned char*>& names = m_listings[0];
-    if (!readNames(dir, names)) {
-        root.setInaccessible();
         return false;
     }
-    const int dirFd = ::dirfd(dir);
-    FileNode* slots = allocateSlots(names.size());
-    std::uint32_t kept = 0;
-    for (const unsigned char* stored : names) {
-        if (m_scanner.m_monitor.isCancelled())
-            break;
-        struct stat facts {};
-        FileNode* child = admitChild(dirFd, stored, root, slots, kept, facts);
-        if (!child)
-            continue;
-        if (child->isDirectory())
-            pending.push_back({kept, facts});
-        ++kept;
+    if (m_scanner.m_allocation.claimDirectory(identity) != FileAllocationTracker::Claim::claimed)
+        return false;
+    Frame& frame = m_frames[std::size_t(depth)];
+    frame = Frame{};
+    frame.node = &node;
+    frame.identity = identity;
+    frame.device = dev_t(identity.device);
+    frame.pathLength = m_path.size();
+    try {
+        reportPath();
+        const int fd = openFolder(node, depth, identity, openByPath, followLink);
+        frame.dir = fd < 0 ? nullptr : ::fdopendir(fd);
+        if (!frame.dir) {
+            if (fd >= 0)
+                ::close(fd);
+            node.setInaccessible();
+            return false;
+        }
+        frame.fd = ::dirfd(frame.dir);
+        std::vector<const unsigned char*>& names = m_listings[std::size_t(depth)];
+        if (!readNames(frame.dir, names)) {
+            node.setInaccessible();
+        } else {
+            FileNode* slots = allocateSlots(names.size());
+            const std::size_t pathLength = m_path.size();
+            for (const unsigned char* stored : names) {
+                if (monitor.isCancelled())
+                    break;
+                if (monitor.skipRequested()) {
+                    node.setInaccessible();
+                    break;
+                }
+                if (!admitChild(frame.fd, stored, node, slots, frame.end, frame.device, depth))
+                    continue;
+                node.adoptChildren(slots, ++frame.end);
+                if (frame.end % kReportEvery == 0) {
+                    m_path.append("/… (").append(std::to_string(frame.end)).append(")");
+                    reportPath();
+                    m_path.resize(pathLength);
+                }
+            }
+            enterChildren(depth);
+        }
+    } catch (const std::exception&) {
+        // Out of memory in this branch: keep the rest of the scan, and leave
+        // no folder of this level holding its identity for totals.
+        node.setInaccessible();
+        for (std::uint32_t i = frame.next; i < frame.end; ++i)
+            if (node.m_children[i].isDirectory() && !node.m_children[i].isInaccessible())
+                (void)takeIdentity(node.m_children[i]);
+        frame.end = frame.next;
     }
-    // Stored now; the totals are taken once the workers are done.
-    root.adoptChildren(slots, kept);
+    closeFrame(frame);
+    flushCounters();
+    // The innermost folder that saw the request has honoured it.
+    if (monitor.skipRequested()) {
+        node.setInaccessible();
+        monitor.clearSkip();
+    }
+    if (!frame.join) {
+        finishFolder(node);
+        return false;
+    }
+    release(frame.join);
     return true;
 }
 
-void Walker::walkRootInParallel(FileNode& root, const struct stat* facts, int workers,
-                                std::vector<Walker>& helpers)
+void Walker::enterChildren(int depth)
 {
+    Frame& frame = m_frames[std::size_t(depth)];
+    FileNode& node = *frame.node;
     ScanMonitor& monitor = m_scanner.m_monitor;
-    if (monitor.isCancelled() || Scanner::isSkippedPath(m_path))
-        return;
-    const auto claim = facts ? m_scanner.m_allocation.claimDirectory(*facts)
-                             : FileAllocationTracker::Claim::unreadable;
-    if (claim == FileAllocationTracker::Claim::unreadable)
-        root.setInaccessible();
-    if (claim != FileAllocationTracker::Claim::claimed)
-        return;
-    reportPath();
-    const int fd = ::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    Descriptor dir(fd < 0 ? nullptr : ::fdopendir(fd));
-    if (!dir.dir) {
-        if (fd >= 0)
-            ::close(fd);
-        root.setInaccessible();
-        return;
+    const std::size_t pathLength = m_path.size();
+    bool stop = false;
+    // `end` shrinks when folders of this level are handed out.
+    for (; frame.next < frame.end; ++frame.next) {
+        FileNode& child = node.m_children[frame.next];
+        if (!child.isDirectory() || child.isInaccessible())
+            continue;
+        const FileAllocationTracker::Identity identity = takeIdentity(child);
+        if (!stop && (monitor.isCancelled() || monitor.skipRequested()))
+            stop = true;
+        if (stop)
+            continue; // the identity is cleared all the same
+        if (m_share.hungry.load(std::memory_order_relaxed) > 0)
+            maybeShare(depth);
+        if (pathLength > 1)
+            m_path.push_back('/');
+        m_path.append(child.name());
+        walkFolder(child, depth + 1, identity, false, false);
+        m_path.resize(pathLength);
     }
-    std::vector<Pending> pending;
-    if (!listRoot(root, dir.dir, pending))
-        return;
+}
 
-    // The root's descriptor stays open while the workers open its folders.
-    const int parentFd = ::dirfd(dir.dir);
-    FileNode* const slots = root.m_children;
-    const int threads = std::min<int>(workers, int(pending.size()));
-    helpers.reserve(std::size_t(threads));
-    for (int i = 0; i < threads; ++i)
-        helpers.emplace_back(m_scanner, m_boundary, m_path);
-    std::atomic<std::size_t> next{0};
-    auto work = [&](Walker& own) {
-        // Folders start in listing order, no more than `workers` at once,
-        // and none after a cancellation.
-        while (!monitor.isCancelled()) {
-            const std::size_t at = next.fetch_add(1);
-            if (at >= pending.size())
-                break;
-            FileNode& child = slots[pending[at].slot];
-            const std::string_view name = child.name();
-            own.m_path.assign(m_path);
-            if (m_path.size() > 1)
-                own.m_path.push_back('/');
-            own.m_path.append(name);
-            try {
-                own.walkEntry(child, parentFd, name.data(), &pending[at].facts, 1);
-                own.flushCounters();
-            } catch (const std::exception&) {
-                // Out of memory in this branch: keep the rest of the scan.
-                child.setInaccessible();
+// Another worker waits: hand it the unvisited folders of the shallowest
+// level that has some, since those tend to hold the most. The folder about
+// to be entered stays with this walker.
+void Walker::maybeShare(int depth)
+{
+    if (m_share.queued.load(std::memory_order_relaxed) > 0)
+        return;
+    for (int at = m_baseDepth; at <= depth; ++at) {
+        Frame& frame = m_frames[std::size_t(at)];
+        const std::uint32_t first = frame.next + 1; // frame.next is in hand
+        FileNode* children = frame.node->m_children;
+        std::uint32_t waiting = 0;
+        for (std::uint32_t i = first; i < frame.end; ++i)
+            waiting += children[i].isDirectory() && !children[i].isInaccessible();
+        if (waiting == 0)
+            continue;
+        // Half of them, the later ones, at least one.
+        std::uint32_t give = (waiting + 1) / 2;
+        m_handing.clear();
+        Join* join = joinFor(at);
+        std::uint32_t i = frame.end;
+        while (give > 0) {
+            --i;
+            if (children[i].isDirectory() && !children[i].isInaccessible()) {
+                m_handing.push_back({&children[i], join, at + 1});
+                --give;
             }
         }
-    };
-    std::vector<std::thread> running;
-    running.reserve(std::size_t(threads));
-    for (int i = 0; i < threads; ++i) {
+        // Counted before anyone can finish them.
+        join->outstanding.fetch_add(int(m_handing.size()), std::memory_order_relaxed);
         try {
-            running.emplace_back([&work, &helpers, i] { work(helpers[std::size_t(i)]); });
-        } catch (const std::system_error&) {
-            break; // the system will not give more threads; walk with those we have
+            m_share.push(m_handing.data(), m_handing.size());
+        } catch (...) {
+            join->outstanding.fetch_sub(int(m_handing.size()), std::memory_order_relaxed);
+            throw;
         }
+        frame.end = i;
+        return;
     }
-    if (running.empty() && !helpers.empty())
-        work(helpers.front());
-    for (std::thread& thread : running)
-        thread.join();
-    // Totals once, after every worker has ended.
-    finishFolder(root, slots, root.slotCount());
+}
+
+Join* Walker::joinFor(int depth)
+{
+    Frame& frame = m_frames[std::size_t(depth)];
+    if (frame.join)
+        return frame.join;
+    Join* up = depth > m_baseDepth ? joinFor(depth - 1) : m_taskJoin;
+    // One for this walker's own pass over the folder.
+    Join* join = m_share.makeJoin(*frame.node, up, 1);
+    // The level above now waits for this one as for a handed-out folder.
+    if (depth > m_baseDepth)
+        up->outstanding.fetch_add(1, std::memory_order_relaxed);
+    frame.join = join;
+    return join;
+}
+
+void Walker::release(Join* join)
+{
+    while (join && join->outstanding.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        // Every part of this folder is done, whoever walked it.
+        finishFolder(*join->node);
+        Join* up = join->parent;
+        m_share.freeJoin(join);
+        join = up;
+    }
 }
 
 Scanner::Scanner(ScanMonitor::Handler progressHandler, Options options)
@@ -459,10 +730,18 @@ void Scanner::startWatchdog()
     }
     m_watchdog = std::thread([this] {
         std::unique_lock lock(m_watchdogLock);
+        std::uint64_t lastHeadway = 0;
         while (true) {
             if (m_watchdogWake.wait_for(lock, m_options.watchdogInterval,
                                         [this] { return m_watchdogStop || m_monitor.isCancelled(); }))
                 return;
+            // Any walker that charged a file or read a stretch of names since
+            // the last look has made headway.
+            const std::uint64_t headway = m_headway ? m_headway() : 0;
+            if (headway != lastHeadway) {
+                lastHeadway = headway;
+                m_monitor.noteHeadway();
+            }
             m_monitor.checkStall();
         }
     });
@@ -481,18 +760,22 @@ void Scanner::stopWatchdog()
 
 std::shared_ptr<ScanTree> Scanner::scan(const QByteArray& givenPath)
 {
-    const QByteArray path = normalizedRoot(givenPath);
+    bool followLink = false;
+    const QByteArray path = normalizedRoot(givenPath, followLink);
     const VolumeFacts& volumes = m_options.volumeFacts ? *m_options.volumeFacts : systemVolumeFacts();
     const int workers = m_options.workers ? std::max(1, *m_options.workers)
                                           : workerCount(volumes.medium(path), activeProcessorCount());
-    m_workersUsed = workers;
     raiseDescriptorLimit();
 
+    // A root written with a trailing slash is followed if it is a link, as
+    // `du` does: the user asked for what the link points to.
     struct stat rootFacts {};
-    const bool rootKnown = ::lstat(path.constData(), &rootFacts) == 0;
-    const VolumeBoundary boundary(path, rootKnown ? rootFacts.st_dev : dev_t(-1));
+    bool rootKnown = ::lstat(path.constData(), &rootFacts) == 0;
+    if (rootKnown && followLink && S_ISLNK(rootFacts.st_mode))
+        rootKnown = ::stat(path.constData(), &rootFacts) == 0;
+    const std::string rootPath(path.constData(), std::size_t(path.size()));
+    const VolumeBoundary boundary(rootPath, systemVolumeNames(rootPath));
 
-    startWatchdog();
     // A root that cannot be examined is taken for a folder: it then ends up as
     // one flagged, empty node.
     struct stat followed {};
@@ -500,28 +783,63 @@ std::shared_ptr<ScanTree> Scanner::scan(const QByteArray& givenPath)
     std::shared_ptr<ScanTree> tree(new ScanTree(path, isDirectory));
     FileNode& root = *tree->root();
 
-    const std::string rootPath(path.constData(), std::size_t(path.size()));
-    Walker walker(*this, boundary, rootPath);
-    std::vector<Walker> helpers;
-    try {
-        if (isDirectory && workers >= 2)
-            walker.walkRootInParallel(root, rootKnown ? &rootFacts : nullptr, workers, helpers);
-        else if (!isSkippedPath(rootPath))
-            walker.walkEntry(root, AT_FDCWD, path.constData(), rootKnown ? &rootFacts : nullptr, 0);
-    } catch (const std::exception&) {
-        // A scan never fails: what could not be walked is flagged.
-        root.setInaccessible();
-    }
+    WorkShare share;
+    std::vector<std::unique_ptr<Walker>> walkers;
+    walkers.reserve(std::size_t(workers));
+    for (int i = 0; i < workers; ++i)
+        walkers.push_back(std::make_unique<Walker>(*this, boundary, share));
+    m_headway = [&walkers] {
+        std::uint64_t sum = 0;
+        for (const auto& walker : walkers)
+            sum += walker->headway();
+        return sum;
+    };
+    startWatchdog();
 
-    walker.flushCounters();
+    Walker& first = *walkers.front();
+    const bool enter = !isSkippedPath(rootPath) && !m_monitor.isCancelled();
+    if (!enter) {
+    } else if (!rootKnown) {
+        root.setInaccessible();
+    } else if (!isDirectory) {
+        first.runFile(root, rootPath, rootFacts);
+    } else if (!S_ISDIR(rootFacts.st_mode)) {
+        // A link written without the slash: counted as what it is, a link.
+    } else {
+        Walker::keepIdentity(root, rootFacts);
+        // The root is the first folder handed out; the other workers wait
+        // for the folders its walker hands on.
+        const Task rootTask{&root, nullptr, 0};
+        share.push(&rootTask, 1);
+        const std::optional<Task> task = share.take();
+        std::vector<std::thread> running;
+        running.reserve(std::size_t(workers - 1));
+        for (int i = 1; i < workers; ++i) {
+            try {
+                running.emplace_back([&walkers, i] { walkers[std::size_t(i)]->work(); });
+            } catch (const std::system_error&) {
+                break; // the system will not give more threads; walk with those we have
+            }
+        }
+        if (task) {
+            first.runTask(*task, &rootPath, followLink);
+            share.taskDone();
+        }
+        first.work();
+        for (std::thread& thread : running)
+            thread.join();
+    }
+    m_workersUsed = workers;
+
+    first.flushCounters();
     m_monitor.reportFinal();
     stopWatchdog();
+    m_headway = {};
 
-    tree->m_arenas->arenas.push_back(walker.takeArena());
-    qint64 nodes = 1 + walker.nodesMade();
-    for (Walker& helper : helpers) {
-        tree->m_arenas->arenas.push_back(helper.takeArena());
-        nodes += helper.nodesMade();
+    qint64 nodes = 1;
+    for (auto& walker : walkers) {
+        tree->m_arenas->arenas.push_back(walker->takeArena());
+        nodes += walker->nodesMade();
     }
     tree->m_arenas->nodeCount = nodes;
     return tree;

@@ -9,6 +9,8 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -21,6 +23,13 @@ class VolumeFacts;
 // Walks one folder or volume and builds its tree of allocated sizes. One
 // Scanner serves one scan. scan() blocks its caller for the whole walk, so it
 // belongs on a worker thread; cancel() may be called from any thread.
+//
+// The workers share the walk at every depth, not only at the first level (a
+// deliberate change: a home folder's Library, or /Users on a scan of "/",
+// holds most of the entries, and a first-level fan-out left all but one core
+// idle there). A worker with nothing to do takes folders that a busy one has
+// listed but not yet entered; the tree comes out the same whatever the
+// number of workers.
 //
 // The walk never fails: what cannot be read becomes an `inaccessible` flag,
 // and a cancelled walk returns what it gathered, sorted like a finished one.
@@ -45,7 +54,8 @@ public:
     Scanner& operator=(const Scanner&) = delete;
 
     // The tree of `path` (raw bytes; a relative path is taken from the working
-    // directory). Runs once.
+    // directory). A symbolic link is followed only when `path` ends in a
+    // slash. Runs once.
     [[nodiscard]] std::shared_ptr<ScanTree> scan(const QByteArray& path);
     // Asks the walk to stop at its next entry; returns at once.
     void cancel();
@@ -70,6 +80,8 @@ private:
     ScanMonitor m_monitor;
     FileAllocationTracker m_allocation;
     int m_workersUsed = 0;
+    // The walkers' headway summed, for the watchdog; set for the length of a walk.
+    std::function<std::uint64_t()> m_headway;
 
     std::mutex m_watchdogLock;
     std::condition_variable m_watchdogWake;

@@ -1,6 +1,7 @@
 // Volume facts: the shared decisions, and the Linux answers over a made-up
 // /sys tree and mount table, plus the real system for the current folder.
 
+#include "platform/VolumeBoundary.h"
 #include "platform/VolumeFacts.h"
 #include "platform/linux/LinuxVolume.h"
 #include "scan/VolumeInfo.h"
@@ -8,6 +9,9 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <map>
+#include <memory>
 
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -126,6 +130,50 @@ private Q_SLOTS:
         // Any answer will do on an unknown machine, but it must not be network for a temp folder.
         QVERIFY(VolumeInfo::medium(here) != Medium::network);
         QCOMPARE(VolumeInfo::medium("/no/such/folder"), Medium::unknown);
+    }
+
+    void volumeBoundaryAsksEachEntryOnAnotherDevice()
+    {
+        // One device carries two volumes: the data volume's own name, and
+        // folders firmlinked into the system volume that are named as it.
+        std::map<std::string, std::string> names{{"/", "/"},
+                                                 {"/Users", "/"},
+                                                 {"/System/Volumes/Data", "/System/Volumes/Data"},
+                                                 {"/Volumes/Stick", "/Volumes/Stick"}};
+        auto asked = std::make_shared<std::vector<std::string>>();
+        VolumeNames platform;
+        platform.volumeOf = [names, asked](const std::string& path) -> std::optional<std::string> {
+            asked->push_back(path);
+            const auto found = names.find(path);
+            return found == names.end() ? std::nullopt : std::optional(found->second);
+        };
+        const dev_t system = 1, data = 2, stick = 3;
+        // Either order of meeting them gives the same answers.
+        for (bool dataFirst : {true, false}) {
+            const VolumeBoundary boundary("/", platform);
+            asked->clear();
+            if (dataFirst)
+                QVERIFY(!boundary.contains("/System/Volumes", system, "Data", data, true));
+            QVERIFY(boundary.contains("/", system, "Users", data, true));
+            QVERIFY(!boundary.contains("/System/Volumes", system, "Data", data, true));
+            QVERIFY(!boundary.contains("/Volumes", system, "Stick", stick, true));
+            // Unnamed: kept.
+            QVERIFY(boundary.contains("/", system, "mystery", stick, true));
+            // Entries on their folder's device are never asked about.
+            const auto before = asked->size();
+            QVERIFY(boundary.contains("/Users", data, "me", data, true));
+            QVERIFY(boundary.contains("/", system, "etc", system, true));
+            QCOMPARE(asked->size(), before);
+        }
+
+        // Mount points on the same device are other volumes; a file there is not one.
+        platform.mountPoints = {"/home/me/bound"};
+        const VolumeBoundary bound("/home/me", platform);
+        QVERIFY(!bound.contains("/home/me", system, "bound", system, true));
+        QVERIFY(bound.contains("/home/me", system, "bound2", system, true));
+        // Without any name for the root, nothing is left out for its device.
+        const VolumeBoundary unnamed("/nowhere", VolumeNames{});
+        QVERIFY(unnamed.contains("/nowhere", system, "x", data, true));
     }
 };
 

@@ -17,8 +17,10 @@
 #include <fcntl.h>
 #include <mutex>
 #include <grp.h>
+#include <pthread.h>
 #include <pwd.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -138,25 +140,42 @@ private Q_SLOTS:
 
     void workersBuildTheSameTree()
     {
+        // Skewed as a home folder is: one first-level folder holds nearly
+        // everything, several levels deep, so that workers share below it.
         const QByteArray root = base() + "/many";
         makeDir(root);
-        for (int d = 0; d < 12; ++d) {
-            const QByteArray dir = root + "/d" + QByteArray::number(d);
-            makeDir(dir);
-            makeDir(dir + "/inner");
-            for (int f = 0; f < 20; ++f)
-                writeFile(dir + "/f" + QByteArray::number(f), (d + 1) * (f + 1) * 700);
-            writeFile(dir + "/inner/x", d * 5000);
+        makeDir(root + "/Library");
+        int made = 2;
+        for (int a = 0; a < 6; ++a) {
+            const QByteArray level1 = root + "/Library/a" + QByteArray::number(a);
+            makeDir(level1);
+            ++made;
+            for (int b = 0; b < 5; ++b) {
+                const QByteArray level2 = level1 + "/b" + QByteArray::number(b);
+                makeDir(level2);
+                makeDir(level2 + "/c");
+                made += 2;
+                for (int f = 0; f < 8; ++f, made += 2) {
+                    writeFile(level2 + "/f" + QByteArray::number(f), (a + 1) * (b + 1) * (f + 1) * 300);
+                    writeFile(level2 + "/c/g" + QByteArray::number(f), (f % 3) * 5000);
+                }
+            }
         }
+        makeDir(root + "/small");
+        writeFile(root + "/small/x", 4096);
         writeFile(root + "/top", 12345);
+        made += 3;
         const auto one = scanWith(root, 1);
-        for (int workers : {2, 3, 8}) {
-            const auto many = scanWith(root, workers);
-            QVERIFY2(sameTree(*one->root(), *many->root()), qPrintable(QString::number(workers)));
-            QVERIFY(sortedEverywhere(*many->root()));
-            QCOMPARE(many->nodeCount(), one->nodeCount());
+        QCOMPARE(one->nodeCount(), made);
+        // Several rounds: how the work is shared differs from run to run.
+        for (int round = 0; round < 4; ++round) {
+            for (int workers : {2, 8}) {
+                const auto many = scanWith(root, workers);
+                QVERIFY2(sameTree(*one->root(), *many->root()), qPrintable(QString::number(workers)));
+                QVERIFY(sortedEverywhere(*many->root()));
+                QCOMPARE(many->nodeCount(), one->nodeCount());
+            }
         }
-        QCOMPARE(one->nodeCount(), 1 + 12 * (1 + 1 + 20 + 1) + 1);
     }
 
     void hardLinkCountsOncePerScan()
@@ -221,16 +240,23 @@ private Q_SLOTS:
         QByteArray parent;
         QByteArray mountName;
         bool mounted = false;
+        bool bound = false;
         if (::geteuid() == 0) {
             parent = base() + "/mounts";
             makeDir(parent);
             makeDir(parent + "/inner");
+            makeDir(parent + "/bound");
+            makeDir(base() + "/elsewhere");
+            writeFile(base() + "/elsewhere/data", 64 * 1024);
             writeFile(parent + "/kept", 4096);
             mounted = ::mount("none", QByteArray(parent + "/inner").constData(), "tmpfs", 0, nullptr) == 0;
             if (mounted) {
                 writeFile(parent + "/inner/hidden", 64 * 1024);
                 mountName = "inner";
             }
+            // Another part of the same file system, mounted again inside the tree.
+            bound = ::mount(QByteArray(base() + "/elsewhere").constData(), QByteArray(parent + "/bound").constData(),
+                            nullptr, MS_BIND, nullptr) == 0;
         }
         if (!mounted) {
             // Without the right to mount, use a mount the system already has.
@@ -243,13 +269,19 @@ private Q_SLOTS:
         }
         if (mountName.isEmpty())
             QSKIP("no nested mount could be made or found: the volume test is not exercised here");
-        const auto tree = scanWith(parent, 1);
+        const auto tree = scanWith(parent, 2);
         QVERIFY(!childNamed(*tree->root(), std::string_view(mountName.constData(), size_t(mountName.size()))));
+        if (bound) {
+            QVERIFY(!childNamed(*tree->root(), "bound"));
+            QCOMPARE(::umount(QByteArray(parent + "/bound").constData()), 0);
+        }
         if (mounted) {
             QCOMPARE(tree->root()->fileCount(), 1);
             QCOMPARE(tree->root()->size(), allocatedBytes(parent + "/kept"));
             QCOMPARE(::umount(QByteArray(parent + "/inner").constData()), 0);
         }
+        if (mounted && !bound)
+            QSKIP("a bind mount could not be made: mount points on the same device are not exercised");
     }
 
     void depthLimitFlagsTheFolderBelowLevel128()
@@ -359,6 +391,57 @@ private Q_SLOTS:
             QCOMPARE(path, "/" + QByteArray(child.name().data(), qsizetype(child.name().size())));
         }
         QVERIFY(sortedEverywhere(*tree->root()));
+    }
+
+    void rootLinkIsFollowedOnlyWithATrailingSlash()
+    {
+        const QByteArray target = buildMixedTree("linked");
+        const QByteArray link = base() + "/linkdir";
+        QCOMPARE(::symlink(target.constData(), link.constData()), 0);
+        // As `du` does: the slash asks for the folder the link points to.
+        const auto followed = scanWith(link + "/", 2);
+        QCOMPARE(followed->root()->path(), link);
+        QCOMPARE(followed->root()->fileCount(), 4);
+        QVERIFY(sameTree(*childNamed(*followed->root(), "docs"), *childNamed(*scanWith(target, 1)->root(), "docs")));
+        QCOMPARE(followed->root()->inaccessibleCount(), 0);
+        const auto asLink = scanWith(link, 2);
+        QCOMPARE(asLink->root()->fileCount(), 0);
+        QVERIFY(!asLink->root()->hasChildren());
+    }
+
+    void longListingIsHeadway()
+    {
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+        QSKIP("timing-bound: a sanitizer slows sorting far more than reading a listing");
+#endif
+        // A folder whose listing alone takes longer than the stall threshold.
+        // Time is the walker's own processor time, so that a busy machine
+        // keeping it off the processor is not taken for a stall.
+        const QByteArray root = base() + "/longlisting";
+        makeDir(root);
+        makeDir(root + "/wide");
+        constexpr int kNames = 40000;
+        for (int i = 0; i < kNames; ++i) {
+            const int fd = ::open(QByteArray(root + "/wide/n" + QByteArray::number(i)).constData(),
+                                  O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+            QVERIFY(fd >= 0);
+            ::close(fd);
+        }
+        clockid_t walkerClock {};
+        QCOMPARE(::pthread_getcpuclockid(::pthread_self(), &walkerClock), 0);
+        Scanner::Options options;
+        options.workers = 1;
+        options.stallThreshold = 4ms;
+        options.watchdogInterval = 200us;
+        options.now = [walkerClock] {
+            timespec at {};
+            ::clock_gettime(walkerClock, &at);
+            return ScanMonitor::Clock::time_point(std::chrono::seconds(at.tv_sec) + std::chrono::nanoseconds(at.tv_nsec));
+        };
+        Scanner scanner({}, options);
+        const auto tree = scanner.scan(root);
+        QCOMPARE(tree->root()->inaccessibleCount(), 0);
+        QCOMPARE(tree->root()->fileCount(), kNames);
     }
 
     void cancelReturnsTheSortedPartialTree()
@@ -549,6 +632,47 @@ private Q_SLOTS:
         QVERIFY(!tree->find(root + "/docs/"));
         QVERIFY(!tree->find(root + "x/docs"));
         QVERIFY(!tree->find("/elsewhere"));
+    }
+
+    // The cases that start a process with a child modifier come last: after
+    // such a fork the thread sanitizer refuses new threads in this process.
+    void lowDescriptorLimitLosesNothing()
+    {
+        // Deeper than the limit allows descriptors, with files at every level.
+        const QByteArray root = base() + "/fdlimit";
+        QByteArray path = root;
+        makeDir(path);
+        int files = 0;
+        for (int depth = 0; depth < 100; ++depth) {
+            for (int f = 0; f < 4; ++f, ++files)
+                writeFile(path + "/f" + QByteArray::number(f), 100);
+            if (depth % 10 == 0) {
+                makeDir(path + "/side");
+                writeFile(path + "/side/s", 100);
+                ++files;
+            }
+            path += "/d";
+            makeDir(path);
+        }
+        const QString cli = QCoreApplication::applicationDirPath() + QStringLiteral("/../../tools/tidewick-cli");
+        QVERIFY2(QFile::exists(cli), qPrintable(cli));
+        for (const char* workers : {"1", "3"}) {
+            QProcess process;
+            // A hard limit of 64, as `ulimit -n 64` leaves it: the scan cannot raise it.
+            process.setChildProcessModifier([] {
+                const struct rlimit low {64, 64};
+                if (::setrlimit(RLIMIT_NOFILE, &low) != 0)
+                    ::_exit(98);
+            });
+            process.start(cli, {QStringLiteral("scan"), QString::fromUtf8(root), QStringLiteral("--json"),
+                                QStringLiteral("--quiet"), QStringLiteral("--depth"), QStringLiteral("0"),
+                                QStringLiteral("--workers"), QLatin1String(workers)});
+            QVERIFY(process.waitForFinished(60000));
+            QCOMPARE(process.exitCode(), 0);
+            const QJsonObject out = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
+            QCOMPARE(out.value("inaccessibleCount").toInt(), 0);
+            QCOMPARE(out.value("root").toObject().value("fileCount").toInt(), files);
+        }
     }
 
     void unreadableFolderIsOneFlaggedNode()

@@ -15,6 +15,13 @@ QString fileCountText(qint64 count)
            (count == 1 ? QStringLiteral(" file") : QStringLiteral(" files"));
 }
 
+QString unreadableText(const FileNode& node)
+{
+    return node.isInaccessible()
+               ? LocalizationManager::shared().string(QStringLiteral("scan.unreadable.mark"))
+               : QString();
+}
+
 TooltipText tooltipText(const FileNode& node, qint64 parentSize)
 {
     TooltipText text;
@@ -25,6 +32,7 @@ TooltipText tooltipText(const FileNode& node, qint64 parentSize)
     text.isDirectory = node.isDirectory();
     if (node.isDirectory())
         text.files = fileCountText(node.fileCount());
+    text.unreadable = unreadableText(node);
     return text;
 }
 
@@ -115,6 +123,15 @@ QVariant LargestChildrenModel::data(const QModelIndex& index, int role) const
         return node.isDirectory() && node.hasChildren();
     case IsHoveredRole:
         return m_state && m_state->hovered().get() == &node;
+    case UnreadableRole:
+        return unreadableText(node);
+    case AccessibleTextRole: {
+        QStringList parts{node.displayName(), data(index, SizeTextRole).toString(),
+                          data(index, ShareTextRole).toString()};
+        if (const QString mark = unreadableText(node); !mark.isEmpty())
+            parts.append(mark);
+        return parts.join(QStringLiteral(", "));
+    }
     default:
         return {};
     }
@@ -127,7 +144,9 @@ QHash<int, QByteArray> LargestChildrenModel::roleNames() const
             {SizeTextRole, "sizeText"},
             {ShareTextRole, "shareText"},
             {CanDrillInRole, "canDrillIn"},
-            {IsHoveredRole, "isHovered"}};
+            {IsHoveredRole, "isHovered"},
+            {UnreadableRole, "unreadable"},
+            {AccessibleTextRole, "accessibleText"}};
 }
 
 NodeRef LargestChildrenModel::nodeAt(int row) const

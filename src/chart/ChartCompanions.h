@@ -18,6 +18,9 @@ class AppState;
 // "1 file", "N files": fixed English in every language, as on the hub label.
 [[nodiscard]] QString fileCountText(qint64 count);
 
+// "Could not be read" for a node whose walk could not be finished, else empty.
+[[nodiscard]] QString unreadableText(const FileNode& node);
+
 // The tooltip's lines for a hovered node; `parentSize` is the focus's size,
 // the denominator of the share. `files` is empty for a file.
 struct TooltipText {
@@ -27,6 +30,8 @@ struct TooltipText {
     QString share;
     QString files;
     bool isDirectory = false;
+    // "Could not be read", for a folder whose walk could not be finished; else empty.
+    QString unreadable;
 };
 [[nodiscard]] TooltipText tooltipText(const FileNode& node, qint64 parentSize);
 
@@ -50,6 +55,8 @@ public:
         ShareTextRole,
         CanDrillInRole, // a folder with at least one child
         IsHoveredRole,
+        UnreadableRole, // "Could not be read", or empty
+        AccessibleTextRole, // name, size and share, as a screen reader says the row
     };
     Q_ENUM(Role)
 

@@ -113,7 +113,8 @@ QVariantMap ChartScreenModel::tooltip() const
     return {
         {QStringLiteral("name"), text.name},   {QStringLiteral("path"), text.path},
         {QStringLiteral("size"), text.size},   {QStringLiteral("share"), text.share},
-        {QStringLiteral("files"), text.files}, {QStringLiteral("isDirectory"), text.isDirectory}};
+        {QStringLiteral("files"), text.files}, {QStringLiteral("isDirectory"), text.isDirectory},
+        {QStringLiteral("unreadable"), text.unreadable}};
 }
 
 ToolbarFigures ChartScreenModel::figures() const
@@ -125,7 +126,7 @@ ToolbarFigures ChartScreenModel::figures() const
 
 qint64 ChartScreenModel::inaccessibleCount() const
 {
-    return m_state && m_state->root() ? m_state->root()->inaccessibleCount() : 0;
+    return m_state ? m_state->inaccessibleCount() : 0;
 }
 
 } // namespace tw

@@ -111,6 +111,10 @@ const Table& chinese()
         {"appstore.limited.diagram", "沙盒限制使部分文件夹未包含在此次扫描中。"},
         {"appstore.limited.uninstall", "~/Library 中的部分相关文件可能被沙盒隐藏。"},
         {"appstore.limited.cta", "获取完整版"},
+        {"scan.unreadable.title", "部分文件夹无法读取（%d）"},
+        {"scan.unreadable.body", "显示的大小中不包含它们的内容。"},
+        {"scan.unreadable.mark", "无法读取"},
+        {"common.dismiss", "关闭"},
     }};
     return table;
 }

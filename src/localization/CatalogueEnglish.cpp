@@ -111,6 +111,10 @@ const Table& english()
         {"appstore.limited.diagram", "Sandbox restrictions hide some folders from this scan."},
         {"appstore.limited.uninstall", "Some related files in ~/Library may be hidden by the sandbox."},
         {"appstore.limited.cta", "Get full version"},
+        {"scan.unreadable.title", "Some folders could not be read (%d)"},
+        {"scan.unreadable.body", "Their contents are missing from the sizes shown."},
+        {"scan.unreadable.mark", "Could not be read"},
+        {"common.dismiss", "Dismiss"},
     }};
     return table;
 }

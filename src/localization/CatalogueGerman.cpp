@@ -112,6 +112,10 @@ const Table& german()
         {"appstore.limited.diagram", "Sandbox-Beschränkungen verbergen einige Ordner vor diesem Scan."},
         {"appstore.limited.uninstall", "Einige zugehörige Dateien in ~/Library können durch die Sandbox verborgen sein."},
         {"appstore.limited.cta", "Vollversion herunterladen"},
+        {"scan.unreadable.title", "Einige Ordner konnten nicht gelesen werden (%d)"},
+        {"scan.unreadable.body", "Ihr Inhalt fehlt in den angezeigten Größen."},
+        {"scan.unreadable.mark", "Konnte nicht gelesen werden"},
+        {"common.dismiss", "Ausblenden"},
     }};
     return table;
 }

@@ -112,6 +112,10 @@ const Table& russian()
         {"appstore.limited.diagram", "Из-за ограничений песочницы некоторые папки не попали в это сканирование."},
         {"appstore.limited.uninstall", "Некоторые связанные файлы в ~/Library могут быть скрыты песочницей."},
         {"appstore.limited.cta", "Получить полную версию"},
+        {"scan.unreadable.title", "Некоторые папки не удалось прочитать (%d)"},
+        {"scan.unreadable.body", "Их содержимое не учтено в показанных размерах."},
+        {"scan.unreadable.mark", "Не удалось прочитать"},
+        {"common.dismiss", "Скрыть"},
     }};
     return table;
 }

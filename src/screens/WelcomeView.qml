@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import QtQuick.Window
 import Tidewick
 
 // Before any scan: the mark, three ways to begin, and the reclaim of local
@@ -24,6 +25,7 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             Layout.preferredWidth: 160
             Layout.preferredHeight: 160
+            sourceSize: Qt.size(160 * Screen.devicePixelRatio, 160 * Screen.devicePixelRatio)
             fillMode: Image.PreserveAspectFit
             smooth: true
             mipmap: true

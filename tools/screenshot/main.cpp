@@ -2,7 +2,7 @@
 // language, to PNG, offscreen, from made-up states. The chart comes from a
 // real scan of a small generated tree, so what is drawn is what a user sees.
 //
-//   tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME]
+//   tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME] [--scale FACTOR]
 
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
@@ -25,6 +25,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <functional>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -292,31 +293,75 @@ bool renderAll(Renderer& renderer)
     return ok;
 }
 
+constexpr const char* kUsage =
+    "usage: tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME] [--scale FACTOR]\n"
+    "Renders every screen and dialog, in each language (or only CODE: en, ru, de, zh),\n"
+    "to OUTPUT_DIR/NAME-CODE.png. --scale 2 renders at a device pixel ratio of 2.\n";
+
+struct Options {
+    QString output;
+    QString language;
+    QString only;
+    QByteArray scale;
+};
+
+// Reads the command line before Qt starts, since the scale must be known
+// then. Anything it does not know is refused rather than taken for a folder.
+std::optional<Options> parseOptions(int argc, char* argv[], bool& help)
+{
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray arg(argv[i]);
+        if (arg == "--help" || arg == "-h") {
+            help = true;
+            return std::nullopt;
+        }
+        if (arg == "--language" || arg == "--only" || arg == "--scale") {
+            if (i + 1 >= argc)
+                return std::nullopt;
+            const QByteArray value(argv[++i]);
+            if (arg == "--language")
+                options.language = QString::fromLocal8Bit(value);
+            else if (arg == "--only")
+                options.only = QString::fromLocal8Bit(value);
+            else
+                options.scale = value;
+            continue;
+        }
+        if (arg.startsWith('-') || !options.output.isEmpty())
+            return std::nullopt;
+        options.output = QString::fromLocal8Bit(arg);
+    }
+    if (options.output.isEmpty())
+        return std::nullopt;
+    if (!options.scale.isEmpty()) {
+        bool number = false;
+        const double factor = options.scale.toDouble(&number);
+        if (!number || factor < 1 || factor > 4)
+            return std::nullopt;
+    }
+    return options;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    bool help = false;
+    const std::optional<Options> options = parseOptions(argc, argv, help);
+    if (!options) {
+        std::fputs(kUsage, help ? stdout : stderr);
+        return help ? (std::fflush(stdout) == 0 ? 0 : 1) : 2;
+    }
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!options->scale.isEmpty())
+        qputenv("QT_SCALE_FACTOR", options->scale);
     QGuiApplication app(argc, argv);
     // Switching languages here must not change the user's own choice.
     QStandardPaths::setTestModeEnabled(true);
     QQuickStyle::setStyle(QStringLiteral("Fusion"));
-    QStringList args = QGuiApplication::arguments();
-    args.removeFirst();
-    if (args.isEmpty()) {
-        std::fputs("usage: tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME]\n",
-                   stderr);
-        return 2;
-    }
-    const QString output = args.takeFirst();
-    QString onlyLanguage;
-    QString onlyScreen;
-    while (!args.isEmpty()) {
-        const QString flag = args.takeFirst();
-        if (args.isEmpty())
-            return 2;
-        (flag == QLatin1String("--language") ? onlyLanguage : onlyScreen) = args.takeFirst();
-    }
+    const QString output = options->output;
+    const QString onlyLanguage = options->language;
     if (!QDir().mkpath(output))
         return 1;
     QTemporaryDir scratch;
@@ -325,7 +370,7 @@ int main(int argc, char* argv[])
         return 1;
 
     Renderer renderer(output, tree);
-    renderer.setOnly(onlyScreen);
+    renderer.setOnly(options->only);
     bool ok = true;
     for (const Language language :
          {Language::english, Language::russian, Language::german, Language::chinese}) {

@@ -40,6 +40,20 @@ struct TooltipText {
 [[nodiscard]] std::vector<FileNode*> breadcrumbPath(FileNode* focus);
 [[nodiscard]] QString breadcrumbLabel(const FileNode& node);
 
+// How the breadcrumb fits `available` points, from each element's natural
+// width (the root first, the focus last). `widths[i]` is the width to draw
+// element i at (it elides beyond that), or -1 where it is folded away; the
+// folded elements show as one "…" of `ellipsis` points at `ellipsisAt`
+// (-1 when nothing is folded). The middle gives way first: it shrinks to
+// `minimum` each, then folds from the root's side; the root and then the
+// focus shrink only when nothing else is left, never below `minimum`.
+struct CrumbPlan {
+    std::vector<double> widths;
+    int ellipsisAt = -1;
+};
+[[nodiscard]] CrumbPlan planBreadcrumb(const std::vector<double>& natural, double available,
+                                       double separator, double ellipsis, double minimum);
+
 // The details column: the first 12 children of AppState's focus (largest
 // first, as the tree keeps them), with texts ready to show, and the shared
 // hover. Follows focus, hover and language changes by itself.

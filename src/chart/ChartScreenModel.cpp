@@ -99,6 +99,26 @@ bool ChartScreenModel::selectCrumb(int index)
     return m_state->focusOn(m_state->focus().sibling(path[std::size_t(index)]));
 }
 
+QVariantMap ChartScreenModel::planCrumbs(const QVariantList& natural, double available,
+                                         double separator, double ellipsis, double minimum) const
+{
+    std::vector<double> widths;
+    widths.reserve(std::size_t(natural.size()));
+    for (const QVariant& width : natural)
+        widths.push_back(width.toDouble());
+    const CrumbPlan plan = planBreadcrumb(widths, available, separator, ellipsis, minimum);
+    QVariantList planned;
+    for (const double width : plan.widths)
+        planned.append(width);
+    return {{QStringLiteral("widths"), planned}, {QStringLiteral("ellipsisAt"), plan.ellipsisAt}};
+}
+
+void ChartScreenModel::clearHover()
+{
+    if (m_state)
+        m_state->setHovered({});
+}
+
 bool ChartScreenModel::hasTooltip() const
 {
     return m_state && m_state->hovered();

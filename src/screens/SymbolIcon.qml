@@ -3,10 +3,12 @@ import QtQuick.Window
 import Tidewick
 
 // A symbol by its SF Symbol name, drawn as a template in `tint`, `size`
-// points square whatever the screen: layouts read the implicit size, which
+// points square whatever the screen. Layouts read the implicit size, which
 // is the point size, never the bitmap's; the bitmap is drawn at the screen's
-// pixel density.
-Image {
+// pixel density. (An Image's own implicit size is its bitmap's and cannot
+// be set, hence the frame around it.)
+Item {
+    id: symbolIcon
     property string symbol
     property color tint: Style.primary
     property real size: 16
@@ -15,8 +17,14 @@ Image {
     height: size
     implicitWidth: size
     implicitHeight: size
-    sourceSize: Qt.size(Math.ceil(size * Screen.devicePixelRatio), Math.ceil(size * Screen.devicePixelRatio))
-    fillMode: Image.PreserveAspectFit
-    smooth: true
-    source: symbol === "" ? "" : "image://symbol/" + symbol + "/" + encodeURIComponent(String(tint))
+
+    Image {
+        anchors.fill: parent
+        sourceSize: Qt.size(Math.ceil(symbolIcon.size * Screen.devicePixelRatio),
+                            Math.ceil(symbolIcon.size * Screen.devicePixelRatio))
+        fillMode: Image.PreserveAspectFit
+        smooth: true
+        source: symbolIcon.symbol === "" ? ""
+                : "image://symbol/" + symbolIcon.symbol + "/" + encodeURIComponent(String(symbolIcon.tint))
+    }
 }

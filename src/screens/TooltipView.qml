@@ -5,7 +5,17 @@ import Tidewick
 Item {
     id: tooltip
     required property ChartScreenModel screen
-    readonly property var info: screen.tooltip
+    // The last hover's texts: kept while the card fades out, so it never
+    // shrinks to an empty card on the way.
+    property var info: screen.tooltip
+
+    Connections {
+        target: tooltip.screen
+        function onTooltipChanged() {
+            if (tooltip.screen.hasTooltip)
+                tooltip.info = tooltip.screen.tooltip;
+        }
+    }
 
     implicitWidth: Math.min(340, lines.implicitWidth + 20)
     implicitHeight: lines.implicitHeight + 20
@@ -93,6 +103,22 @@ Item {
             text: tooltip.info.files ?? ""
             font.pixelSize: 10
             color: Style.secondary
+        }
+        Row {
+            objectName: "tooltipUnreadable"
+            visible: (tooltip.info.unreadable ?? "") !== ""
+            spacing: 4
+            SymbolIcon {
+                anchors.verticalCenter: parent.verticalCenter
+                symbol: "exclamationmark.lock.fill"
+                tint: Style.orange
+                size: 11
+            }
+            Text {
+                text: tooltip.info.unreadable ?? ""
+                font.pixelSize: 10
+                color: Style.secondary
+            }
         }
     }
 }

@@ -74,6 +74,7 @@ Item {
                 onClicked: welcome.scanHome()
             }
             WelcomeButton {
+                id: pickFolderButton
                 objectName: "pickFolderButton"
                 minimumWidth: 160
                 symbol: "folder"
@@ -81,7 +82,10 @@ Item {
                 onClicked: welcome.pickFolder()
             }
         }
-        Shortcut {
+        // Only here, and only while no dialog is up: elsewhere it would
+        // replace a running scan or the tree a dialog is asking about.
+        GuardedShortcut {
+            control: pickFolderButton
             sequence: "Ctrl+O"
             onActivated: welcome.pickFolder()
         }
@@ -110,6 +114,9 @@ Item {
                     color: Style.primary
                 }
             }
+            Accessible.name: Loc.strings["welcome.thinSnapshots"].replace("%d", welcome.localSnapshotCount)
+            Accessible.description: Loc.strings["welcome.thinSnapshots.help"]
+            focusPolicy: Qt.TabFocus
             ToolTip.visible: hovered
             ToolTip.delay: 600
             ToolTip.text: Loc.strings["welcome.thinSnapshots.help"]

@@ -105,12 +105,25 @@ bool buildSampleTree(const QByteArray& root)
         {"Downloads/archive.zip", 800},
         {"Projects/tidewick/build/app", 1200},
         {"Projects/tidewick/src/main.cpp", 30},
+        // Four levels of long names, for the breadcrumb.
+        {"Documents/Очень длинное название папки с проектами/Ausgesprochen lange "
+         "Ordnerbezeichnung für Beispiele/Ещё одна папка с весьма длинным именем/Noch ein "
+         "ziemlich langer Ordnername mit Zusatz/Zusammenfassung.pdf",
+         300},
     };
     for (const Entry& entry : kFiles) {
         const QByteArray path = root + '/' + entry.path;
         if (!QDir().mkpath(QFile::decodeName(path.left(path.lastIndexOf('/')))))
             return false;
         if (!writeFile(path, entry.kib * 1024))
+            return false;
+    }
+    // A folder of thousands of small files, for the dense ring.
+    const QByteArray dense = root + "/Library/Caches/thumbnails";
+    if (!QDir().mkpath(QFile::decodeName(dense)))
+        return false;
+    for (int i = 0; i < 3000; ++i) {
+        if (!writeFile(dense + "/t" + QByteArray::number(i), 1 + i % 5000))
             return false;
     }
     return true;
@@ -129,6 +142,8 @@ public:
     }
 
     // One screen: a fresh window and state, prepared by `setUp`, then saved.
+    void setSuffix(QString suffix) { m_suffix = std::move(suffix); }
+
     bool shoot(const QString& name, const std::function<bool(AppState&, QQuickView&)>& setUp,
                const DiskAccess* access = nullptr)
     {
@@ -156,7 +171,8 @@ public:
         }
         QTest::qWait(350); // transitions settle
         const QString file = m_outputDir + u'/' + name + u'-' +
-                             languageCode(LocalizationManager::shared().current()) + ".png";
+                             languageCode(LocalizationManager::shared().current()) + m_suffix +
+                             ".png";
         const bool saved = view.grabWindow().save(file);
         std::printf("%s %s\n", saved ? "wrote" : "FAILED", qPrintable(file));
         state.cancelScan();
@@ -170,6 +186,7 @@ private:
     QString m_outputDir;
     QByteArray m_sampleTree;
     QString m_only;
+    QString m_suffix;
     MadeUpVolume m_volume;
 };
 
@@ -235,6 +252,44 @@ bool renderAll(Renderer& renderer)
         const QPointF local(chart->width() / 2 + radius * 0.42 * std::sin(40 * M_PI / 180),
                             chart->height() / 2 - radius * 0.42 * std::cos(40 * M_PI / 180));
         QTest::mouseClick(&view, Qt::RightButton, {}, chart->mapToScene(local).toPoint());
+        return true;
+    });
+    const auto focusOnPath = [&](AppState& state, const QByteArray& relative) {
+        FileNode* node = state.root().tree()->find(tree + '/' + relative);
+        return node && state.focusOn(state.root().sibling(node));
+    };
+    ok &= renderer.shoot(QStringLiteral("chart-longpath"), [&](AppState& state, QQuickView&) {
+        return scanSample(state, tree) &&
+               focusOnPath(state, "Documents/Очень длинное название папки с проектами/"
+                                  "Ausgesprochen lange Ordnerbezeichnung für Beispiele/Ещё одна "
+                                  "папка с весьма длинным именем/Noch ein ziemlich langer "
+                                  "Ordnername mit Zusatz");
+    });
+    ok &= renderer.shoot(QStringLiteral("chart-dense"), [&](AppState& state, QQuickView&) {
+        return scanSample(state, tree) && focusOnPath(state, "Library/Caches/thumbnails");
+    });
+    // The keyboard: Tab into the Largest list, one row down.
+    ok &= renderer.shoot(QStringLiteral("chart-keyboard"), [&](AppState& state, QQuickView& view) {
+        if (!scanSample(state, tree))
+            return false;
+        QTest::qWait(100);
+        QQuickItem* list = findItem(view, "largestList");
+        if (!list)
+            return false;
+        list->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(&view, Qt::Key_Down);
+        return bool(state.hovered());
+    });
+    ok &= renderer.shoot(QStringLiteral("welcome-focus"), [](AppState&, QQuickView& view) {
+        QTest::keyClick(&view, Qt::Key_Tab);
+        QTest::keyClick(&view, Qt::Key_Tab);
+        QTest::keyClick(&view, Qt::Key_Tab);
+        return true;
+    });
+    ok &= renderer.shoot(QStringLiteral("unreadable-banner"), [&](AppState& state, QQuickView&) {
+        if (!scanSample(state, tree))
+            return false;
+        state.setShowsUnreadableNotice(true);
         return true;
     });
     ok &= renderer.shoot(
@@ -371,6 +426,8 @@ int main(int argc, char* argv[])
 
     Renderer renderer(output, tree);
     renderer.setOnly(options->only);
+    if (!options->scale.isEmpty() && options->scale.toDouble() != 1.0)
+        renderer.setSuffix(u'@' + QString::fromLatin1(options->scale) + u'x');
     bool ok = true;
     for (const Language language :
          {Language::english, Language::russian, Language::german, Language::chinese}) {

@@ -121,6 +121,7 @@ Item {
 
     FolderDialog {
         id: folderDialog
+        objectName: "folderDialog"
         title: Loc.strings["panel.message"]
         acceptLabel: Loc.strings["panel.prompt"]
         parentWindow: content.Window.window

@@ -46,7 +46,8 @@ AbstractButton {
     ToolTip.visible: hovered && !menu.visible
     ToolTip.delay: 600
     ToolTip.text: Loc.strings["language.picker"]
-    onClicked: menu.popup(0, height)
+    // Under the button, its right edge with the button's: the menu stays in the window.
+    onClicked: menu.popup(width - menu.width, height)
 
     Menu {
         id: menu

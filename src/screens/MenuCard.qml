@@ -3,7 +3,7 @@ import Tidewick
 
 // The background of the screens' menus: a rounded card with a soft shadow.
 Item {
-    implicitWidth: 200
+    implicitWidth: 140
     implicitHeight: 20
 
     Repeater {

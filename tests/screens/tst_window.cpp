@@ -276,6 +276,13 @@ private Q_SLOTS:
         QCOMPARE(w.state->hovered().get(), movie);
         QMetaObject::invokeMethod(menu, "close");
         QVERIFY(QTest::qWaitFor([&] { return !menu->property("visible").toBool(); }, 2000));
+
+        // The pointer leaves the window: nothing stays hovered.
+        w.moveTo(w.pointOf(docs));
+        QCOMPARE(w.state->hovered().get(), docs);
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(&w.view, &leave);
+        QVERIFY(!w.state->hovered());
     }
 
     void unreadableFoldersAreCountedAndMarked()

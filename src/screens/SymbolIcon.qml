@@ -20,8 +20,8 @@ Item {
 
     Image {
         anchors.fill: parent
-        sourceSize: Qt.size(Math.ceil(symbolIcon.size * Screen.devicePixelRatio),
-                            Math.ceil(symbolIcon.size * Screen.devicePixelRatio))
+        sourceSize.width: Math.ceil(symbolIcon.size * Screen.devicePixelRatio)
+        sourceSize.height: Math.ceil(symbolIcon.size * Screen.devicePixelRatio)
         fillMode: Image.PreserveAspectFit
         smooth: true
         source: symbolIcon.symbol === "" ? ""

@@ -25,7 +25,8 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             Layout.preferredWidth: 160
             Layout.preferredHeight: 160
-            sourceSize: Qt.size(160 * Screen.devicePixelRatio, 160 * Screen.devicePixelRatio)
+            sourceSize.width: Math.ceil(160 * Screen.devicePixelRatio)
+            sourceSize.height: Math.ceil(160 * Screen.devicePixelRatio)
             fillMode: Image.PreserveAspectFit
             smooth: true
             mipmap: true

@@ -53,7 +53,9 @@ AbstractButton {
         id: menu
         objectName: "languageMenu"
         padding: 4
-        background: MenuCard {}
+        background: MenuCard {
+            implicitWidth: 140
+        }
         Repeater {
             model: Loc.languages
             MenuItem {

@@ -3,7 +3,7 @@ import Tidewick
 
 // The background of the screens' menus: a rounded card with a soft shadow.
 Item {
-    implicitWidth: 140
+    implicitWidth: 200
     implicitHeight: 20
 
     Repeater {

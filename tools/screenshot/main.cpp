@@ -118,6 +118,18 @@ bool buildSampleTree(const QByteArray& root)
         if (!writeFile(path, entry.kib * 1024))
             return false;
     }
+    // Beside the home folder, one with a folder deeper than a walk goes,
+    // which stays unread whoever renders: the banners have a real count.
+    QByteArray shared = root.left(root.lastIndexOf('/')) + "/Shared";
+    if (!QDir().mkpath(QFile::decodeName(shared + "/Archive")) ||
+        !writeFile(shared + "/Archive/backup.tar", 2400 * 1024) ||
+        !writeFile(shared + "/notes.txt", 60 * 1024))
+        return false;
+    QByteArray deep = shared + "/Archive/nested";
+    for (int i = 0; i < 130; ++i)
+        deep += "/n";
+    if (!QDir().mkpath(QFile::decodeName(deep)))
+        return false;
     // A folder of thousands of small files, for the dense ring.
     const QByteArray dense = root + "/Library/Caches/thumbnails";
     if (!QDir().mkpath(QFile::decodeName(dense)))
@@ -286,12 +298,6 @@ bool renderAll(Renderer& renderer)
         QTest::keyClick(&view, Qt::Key_Tab);
         return true;
     });
-    ok &= renderer.shoot(QStringLiteral("unreadable-banner"), [&](AppState& state, QQuickView&) {
-        if (!scanSample(state, tree))
-            return false;
-        state.setShowsUnreadableNotice(true);
-        return true;
-    });
     ok &= renderer.shoot(
         QStringLiteral("fda-prompt"),
         [](AppState& state, QQuickView&) {
@@ -299,12 +305,18 @@ bool renderAll(Renderer& renderer)
             return state.fdaPromptForURL().has_value();
         },
         &noGrant);
-    ok &= renderer.shoot(QStringLiteral("fda-banner"), [&](AppState& state, QQuickView&) {
-        if (!scanSample(state, tree))
-            return false;
-        state.setNeedsFullDiskAccess(true);
-        return true;
+    const QByteArray shared = tree.left(tree.lastIndexOf('/')) + "/Shared";
+    ok &= renderer.shoot(QStringLiteral("unreadable-banner"), [&](AppState& state, QQuickView&) {
+        return scanSample(state, shared) && state.showsUnreadableNotice();
     });
+    ok &= renderer.shoot(
+        QStringLiteral("fda-banner"),
+        [&](AppState& state, QQuickView&) {
+            state.startScan(shared, std::nullopt);
+            return waitFor([&] { return state.phase() == AppState::Phase::ready; }) &&
+                   state.needsFullDiskAccess();
+        },
+        &noGrant);
     for (const char* which : {"Movies", "Documents/notes.txt"}) {
         const QString name = QLatin1String(which).contains(u'/') ? QStringLiteral("delete-file")
                                                                  : QStringLiteral("delete-folder");

@@ -31,7 +31,7 @@ Item {
     Row {
         id: row
         anchors.verticalCenter: parent.verticalCenter
-        spacing: 0
+        spacing: 6
 
         Repeater {
             model: crumbs.screen.crumbs
@@ -76,11 +76,6 @@ Item {
                     tint: Style.secondary
                     opacity: 0.5
                     size: 9
-                }
-                Item {
-                    visible: crumb.index < crumbs.screen.crumbs.length - 1
-                    width: 0
-                    height: 1
                 }
             }
         }

@@ -10,7 +10,11 @@
 #include "app/DiskAccess.h"
 #include "chart/SunburstLayout.h"
 #include "platform/VolumeFacts.h"
+#include "localization/LocalizationManager.h"
 #include "screens/ScreensSetup.h"
+
+#include <QQuickStyle>
+#include <QStandardPaths>
 
 #include <QQuickItem>
 #include <QQuickView>
@@ -26,6 +30,40 @@ inline void recordWarnings(QtMsgType type, const QMessageLogContext&, const QStr
 {
     if (type != QtDebugMsg && type != QtInfoMsg)
         g_warnings.append(message);
+}
+
+// Once per test program: the test's own settings, the Fusion style, English.
+inline void prepareScreens()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QQuickStyle::setStyle(QStringLiteral("Fusion"));
+    LocalizationManager::shared().setCurrent(Language::english);
+}
+
+// A small home folder under `base`: docs (deep/a, report) to fill in further.
+inline QByteArray makeHomeTree(const QString& base)
+{
+    const QByteArray home = QFile::encodeName(base) + "/home";
+    makeDir(home);
+    makeDir(home + "/docs");
+    makeDir(home + "/docs/deep");
+    writeFile(home + "/docs/deep/a", 400 * 1024);
+    writeFile(home + "/docs/report", 300 * 1024);
+    return home;
+}
+
+// A test's init and cleanup: from here on every warning is recorded, and
+// the test fails at its end if there was one.
+inline void recordWarningsFromHere()
+{
+    g_warnings.clear();
+    qInstallMessageHandler(recordWarnings);
+}
+inline void failOnRecordedWarnings()
+{
+    qInstallMessageHandler(nullptr);
+    if (!g_warnings.isEmpty())
+        QFAIL(qPrintable(QStringLiteral("QML warnings:\n") + g_warnings.join(u'\n')));
 }
 
 inline constexpr qint64 kGB = 1000LL * 1000 * 1000;

@@ -42,16 +42,9 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        QQuickStyle::setStyle(QStringLiteral("Fusion"));
-        LocalizationManager::shared().setCurrent(Language::english);
-        m_tree = QFile::encodeName(m_dir.path()) + "/home";
-        makeDir(m_tree);
-        makeDir(m_tree + "/docs");
-        makeDir(m_tree + "/docs/deep");
-        writeFile(m_tree + "/docs/deep/a", 400 * 1024);
+        prepareScreens();
+        m_tree = makeHomeTree(m_dir.path());
         writeFile(m_tree + "/docs/deep/b", 100 * 1024);
-        writeFile(m_tree + "/docs/report", 300 * 1024);
         makeDir(m_tree + "/empty");
         writeFile(m_tree + "/movie", 700 * 1024);
         m_many = QFile::encodeName(m_dir.path()) + "/many";
@@ -60,18 +53,8 @@ private Q_SLOTS:
             writeFile(m_many + "/f" + QByteArray::number(i), 4096 * (1 + i % 3));
     }
 
-    void init()
-    {
-        g_warnings.clear();
-        qInstallMessageHandler(recordWarnings);
-    }
-
-    void cleanup()
-    {
-        qInstallMessageHandler(nullptr);
-        if (!g_warnings.isEmpty())
-            QFAIL(qPrintable(QStringLiteral("QML warnings:\n") + g_warnings.join(u'\n')));
-    }
+    void init() { recordWarningsFromHere(); }
+    void cleanup() { failOnRecordedWarnings(); }
 
     void screenFollowsModeAndPhase()
     {

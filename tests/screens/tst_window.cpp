@@ -63,16 +63,9 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        QQuickStyle::setStyle(QStringLiteral("Fusion"));
-        LocalizationManager::shared().setCurrent(Language::english);
+        prepareScreens();
         qInfo("device pixel ratio %.1f", qGuiApp->devicePixelRatio());
-        m_tree = QFile::encodeName(m_dir.path()) + "/home";
-        makeDir(m_tree);
-        makeDir(m_tree + "/docs");
-        makeDir(m_tree + "/docs/deep");
-        writeFile(m_tree + "/docs/deep/a", 400 * 1024);
-        writeFile(m_tree + "/docs/report", 300 * 1024);
+        m_tree = makeHomeTree(m_dir.path());
         writeFile(m_tree + "/movie", 900 * 1024);
         // Deeper than a walk goes: the last folder cannot be read, whoever runs this.
         QByteArray chain = m_tree + "/chain";
@@ -87,18 +80,8 @@ private Q_SLOTS:
             writeFile(m_many + "/f" + QByteArray::number(i), 4096 * (1 + i));
     }
 
-    void init()
-    {
-        g_warnings.clear();
-        qInstallMessageHandler(recordWarnings);
-    }
-
-    void cleanup()
-    {
-        qInstallMessageHandler(nullptr);
-        if (!g_warnings.isEmpty())
-            QFAIL(qPrintable(QStringLiteral("QML warnings:\n") + g_warnings.join(u'\n')));
-    }
+    void init() { recordWarningsFromHere(); }
+    void cleanup() { failOnRecordedWarnings(); }
 
     void sizesAreInPoints()
     {

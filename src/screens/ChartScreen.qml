@@ -96,6 +96,8 @@ ColumnLayout {
                 symbol: "info.circle"
                 tint: Style.secondary
                 size: 13
+                Accessible.role: Accessible.StaticText
+                Accessible.name: Loc.strings["toolbar.fileSizesHelp"]
                 HoverHandler { id: infoHover }
                 ToolTip.visible: infoHover.hovered
                 ToolTip.delay: 600

@@ -1,4 +1,5 @@
-// Times the chart's layout, hit test and full paint at 1080 by 720 for three foci:
+// Times the chart's layout, hit test and full paint at 1080 by 720 points, at a
+// device pixel ratio of 1 and of 2 (a Retina screen), for three foci:
 // (a) a folder of 10,000 equal files, (b) a real scanned folder, (c) a chain
 // of single folders. Prints medians of many repetitions, and beside the
 // chart's own painter a plain QPainter baseline that draws the same sectors
@@ -55,17 +56,21 @@ void writeBytes(const QByteArray& path, int bytes)
 }
 
 // The baseline: each sector a QPainter polygon (arcs as polylines within a
-// tenth of a pixel), filled, stroked thin with a cosmetic pen, the hit bold.
+// tenth of a point), filled, stroked thin with a cosmetic pen where it is
+// wider than the line, the hit bold.
 // Hub and fade as the chart's painter has them.
 void paintWithQPainter(QImage& image, const tw::ChartGeometry& g,
                        const std::vector<tw::Segment>& segments, const tw::Segment* hit)
 {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    QPen thin(QColor(255, 255, 255, 89), 0.8);
+    // Cosmetic pens are in pixels: as wide as the chart's lines at this density.
+    const double ratio = image.devicePixelRatio();
+    QPen thin(QColor(255, 255, 255, 89), 0.8 * ratio);
     thin.setCosmetic(true);
-    QPen bold(Qt::white, 2.2);
+    QPen bold(Qt::white, 2.2 * ratio);
     bold.setCosmetic(true);
+    const tw::SectorStrokes strokes{0, 0.8, 0, 2.2}; // in points, like the geometry
     const tw::FileNode* hovered = hit ? hit->node : nullptr;
     std::vector<QPointF> points;
     for (const tw::Segment& segment : segments) {
@@ -75,7 +80,12 @@ void paintWithQPainter(QImage& image, const tw::ChartGeometry& g,
                                 segment.startAngle, segment.endAngle);
         const QPolygonF outline(QList<QPointF>(points.begin(), points.end()));
         painter.setBrush(tw::sectorFill(segment, hovered));
-        painter.setPen(thin);
+        // No line on a sector narrower than the line, as the chart has it.
+        painter.setPen(tw::hasThinOutline({g.centreX, g.centreY, segment.innerRadius,
+                                           segment.outerRadius},
+                                          segment.startAngle, segment.endAngle, strokes)
+                           ? thin
+                           : QPen(Qt::NoPen));
         painter.drawPolygon(outline);
         if (segment.node == hovered) {
             painter.setBrush(Qt::NoBrush);
@@ -88,7 +98,7 @@ void paintWithQPainter(QImage& image, const tw::ChartGeometry& g,
     painter.drawEllipse(QPointF(g.centreX, g.centreY), g.hubRadius, g.hubRadius);
 }
 
-void measure(const char* label, const tw::FileNode* focus)
+void measure(const char* label, const tw::FileNode* focus, double ratio)
 {
     constexpr double width = 1080, height = 720;
     std::vector<double> layoutMs;
@@ -113,7 +123,8 @@ void measure(const char* label, const tw::FileNode* focus)
     // What one mouse movement costs the item: lay out, find the hit, paint
     // everything into the item's image (the hub included), with the mouse on
     // the first ring-0 sector so every sector is tested for the fade.
-    QImage image(int(width), int(height), QImage::Format_ARGB32_Premultiplied);
+    QImage image(int(width * ratio), int(height * ratio), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
     QImage baseline = image;
     // Blocks of five frames by turns, so both painters see the same machine
     // and each mostly its own warm caches.
@@ -138,14 +149,15 @@ void measure(const char* label, const tw::FileNode* focus)
         }
     }
     if (const QByteArray where = qgetenv("CHART_BENCH_PNG"); !where.isEmpty()) {
-        const QString name = QString::fromLocal8Bit(where + '/' + QByteArray(label).mid(1, 1));
+        const QString name = QString::fromLocal8Bit(where + '/' + QByteArray(label).mid(1, 1)) +
+                             (ratio != 1 ? QStringLiteral("@2x") : QString());
         image.save(name + QStringLiteral(".png"));
         baseline.save(name + QStringLiteral("-qpainter.png"));
     }
-    std::printf("%-28s segments %6zu  layout median %.3f ms  hit test median %.4f ms (max %.4f ms, "
+    std::printf("%-28s @%.0fx segments %6zu  layout median %.3f ms  hit test median %.4f ms (max %.4f ms, "
                 "%d hits)  "
                 "layout+paint median %.2f ms (QPainter baseline %.2f ms, %.1fx)\n",
-                label, segments.size(), median(layoutMs), median(hitMs),
+                label, ratio, segments.size(), median(layoutMs), median(hitMs),
                 *std::max_element(hitMs.begin(), hitMs.end()), hits, median(frameMs),
                 median(baselineMs), median(baselineMs) / median(frameMs));
 }
@@ -164,11 +176,13 @@ int main(int argc, char* argv[])
     for (int i = 0; i < 10000; ++i)
         writeBytes(wide + "/f" + QByteArray::number(i), 4096);
     const auto wideTree = scan(wide);
-    measure("(a) 10,000 equal children", wideTree->root());
+    measure("(a) 10,000 equal children", wideTree->root(), 1);
+    measure("(a) 10,000 equal children", wideTree->root(), 2);
 
     const QByteArray real = argc > 1 ? QByteArray(argv[1]) : QByteArray("/usr");
     const auto realTree = scan(real);
-    measure(QByteArray("(b) " + real).constData(), realTree->root());
+    measure(QByteArray("(b) " + real).constData(), realTree->root(), 1);
+    measure(QByteArray("(b) " + real).constData(), realTree->root(), 2);
 
     QByteArray chain = base + "/chain";
     for (int i = 0; i < 100; ++i)
@@ -176,6 +190,7 @@ int main(int argc, char* argv[])
     QDir().mkpath(QFile::decodeName(chain));
     writeBytes(chain + "/leaf", 4096);
     const auto chainTree = scan(base + "/chain");
-    measure("(c) chain of 100 folders", chainTree->root());
+    measure("(c) chain of 100 folders", chainTree->root(), 1);
+    measure("(c) chain of 100 folders", chainTree->root(), 2);
     return 0;
 }

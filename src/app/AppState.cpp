@@ -56,6 +56,9 @@ bool AppState::focusOn(const NodeRef& target)
 {
     if (!target || !target->isDirectory() || !target->hasChildren())
         return false;
+    // The old hover described the old view: kept, it would name the new
+    // focus at 100 %. The chart hovers what lies under the pointer afresh.
+    setHovered({});
     setFocus(target);
     return true;
 }
@@ -119,6 +122,14 @@ void AppState::setNeedsFullDiskAccess(bool needed)
         return;
     m_needsFullDiskAccess = needed;
     Q_EMIT needsFullDiskAccessChanged();
+}
+
+void AppState::setShowsUnreadableNotice(bool shown)
+{
+    if (m_showsUnreadableNotice == shown)
+        return;
+    m_showsUnreadableNotice = shown;
+    Q_EMIT showsUnreadableNoticeChanged();
 }
 
 void AppState::setMode(Mode mode)

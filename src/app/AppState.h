@@ -43,6 +43,11 @@ class AppState : public QObject {
     Q_PROPERTY(bool thinningSnapshots READ thinningSnapshots NOTIFY snapshotsChanged)
     Q_PROPERTY(bool confirmThinSnapshots READ confirmThinSnapshots WRITE setConfirmThinSnapshots NOTIFY snapshotsChanged)
     Q_PROPERTY(QString thinResultMessage READ thinResultMessage NOTIFY snapshotsChanged)
+    // Folders the last scan could not read, counted once when it finished.
+    Q_PROPERTY(qint64 inaccessibleCount READ inaccessibleCount NOTIFY rootChanged)
+    // The notice of unreadable folders where no grant would help (Linux, or
+    // a Mac that has the grant): the count, without a way to the settings.
+    Q_PROPERTY(bool showsUnreadableNotice READ showsUnreadableNotice WRITE setShowsUnreadableNotice NOTIFY showsUnreadableNoticeChanged)
 
 public:
     // Only `scanning` has a value: the latest progress, in `progress`.
@@ -85,6 +90,8 @@ public:
     [[nodiscard]] QString thinResultMessage() const { return m_thinResultMessage.value_or(QString()); }
     [[nodiscard]] bool hasTree() const { return bool(m_root); }
     [[nodiscard]] bool needsFullDiskAccess() const { return m_needsFullDiskAccess; }
+    [[nodiscard]] qint64 inaccessibleCount() const { return m_inaccessibleCount; }
+    [[nodiscard]] bool showsUnreadableNotice() const { return m_showsUnreadableNotice; }
     [[nodiscard]] const std::optional<QByteArray>& fdaPromptForURL() const { return m_fdaPromptForURL; }
     [[nodiscard]] QString fdaPromptPath() const;
     [[nodiscard]] bool isRefreshing() const { return m_isRefreshing; }
@@ -142,6 +149,7 @@ public:
     Q_INVOKABLE void clearThinResultMessage() { setThinResultMessage(std::nullopt); }
 
     void setNeedsFullDiskAccess(bool needed);
+    void setShowsUnreadableNotice(bool shown);
     void setMode(Mode mode);
 
 Q_SIGNALS:
@@ -151,6 +159,7 @@ Q_SIGNALS:
     void focusChanged();
     void hoveredChanged();
     void needsFullDiskAccessChanged();
+    void showsUnreadableNoticeChanged();
     void fdaPromptForURLChanged();
     void isRefreshingChanged();
     void volumeCapacityChanged();
@@ -187,6 +196,8 @@ private:
     bool m_confirmThinSnapshots = false;
     std::optional<QString> m_thinResultMessage;
     bool m_needsFullDiskAccess = false;
+    qint64 m_inaccessibleCount = 0;
+    bool m_showsUnreadableNotice = false;
     std::optional<QByteArray> m_fdaPromptForURL;
     bool m_isRefreshing = false;
     std::optional<VolumeInfo::Capacity> m_volumeCapacity;

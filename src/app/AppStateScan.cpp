@@ -98,6 +98,8 @@ void AppState::finishScan(const QUuid& stamp, const std::shared_ptr<ScanTree>& t
         if (FileNode* found = tree->find(*restoreFocusPath))
             focus = root.sibling(found);
     }
+    // Counted here once: the banner reads it on every drill-in.
+    m_inaccessibleCount = tree->root()->inaccessibleCount();
     setRoot(root);
     setFocus(focus);
     setHovered({});
@@ -105,8 +107,11 @@ void AppState::finishScan(const QUuid& stamp, const std::shared_ptr<ScanTree>& t
     setPhase(Phase::ready);
     setRefreshing(false);
     // The notice only when something was missed and the grant could have helped.
-    setNeedsFullDiskAccess(tree->root()->inaccessibleCount() >= 1
-                           && !m_services.diskAccess->hasFullDiskAccess());
+    const bool granted = m_services.diskAccess->hasFullDiskAccess();
+    setNeedsFullDiskAccess(m_inaccessibleCount >= 1 && !granted);
+    // Where the grant is present or does not exist (Linux), a scan that met
+    // unreadable folders would otherwise under-count in silence.
+    setShowsUnreadableNotice(m_inaccessibleCount >= 1 && granted);
 }
 
 void AppState::refresh()
@@ -133,6 +138,7 @@ void AppState::cancelScan()
 void AppState::resetToWelcome()
 {
     cancelScan();
+    m_inaccessibleCount = 0;
     setRoot({});
     setFocus({});
     setHovered({});

@@ -15,6 +15,13 @@ QString fileCountText(qint64 count)
            (count == 1 ? QStringLiteral(" file") : QStringLiteral(" files"));
 }
 
+QString unreadableText(const FileNode& node)
+{
+    return node.isInaccessible()
+               ? LocalizationManager::shared().string(QStringLiteral("scan.unreadable.mark"))
+               : QString();
+}
+
 TooltipText tooltipText(const FileNode& node, qint64 parentSize)
 {
     TooltipText text;
@@ -25,6 +32,7 @@ TooltipText tooltipText(const FileNode& node, qint64 parentSize)
     text.isDirectory = node.isDirectory();
     if (node.isDirectory())
         text.files = fileCountText(node.fileCount());
+    text.unreadable = unreadableText(node);
     return text;
 }
 
@@ -41,6 +49,56 @@ QString breadcrumbLabel(const FileNode& node)
 {
     const QString name = node.displayName();
     return name.isEmpty() ? QStringLiteral("/") : name;
+}
+
+CrumbPlan planBreadcrumb(const std::vector<double>& natural, double available, double separator,
+                         double ellipsis, double minimum)
+{
+    CrumbPlan plan{natural, -1};
+    const std::size_t n = natural.size();
+    const auto total = [&] {
+        double sum = 0;
+        int shown = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            if (plan.widths[i] >= 0) {
+                sum += plan.widths[i];
+                ++shown;
+            }
+        }
+        if (plan.ellipsisAt >= 0) {
+            sum += ellipsis;
+            ++shown;
+        }
+        return sum + separator * std::max(shown - 1, 0);
+    };
+    if (n == 0 || total() <= available)
+        return plan;
+    // The middle shrinks, each element in proportion to what it can give.
+    double excess = total() - available;
+    double givable = 0;
+    for (std::size_t i = 1; i + 1 < n; ++i)
+        givable += std::max(0.0, natural[i] - minimum);
+    if (givable >= excess) {
+        for (std::size_t i = 1; i + 1 < n; ++i)
+            plan.widths[i] -= std::max(0.0, natural[i] - minimum) * excess / givable;
+        return plan;
+    }
+    for (std::size_t i = 1; i + 1 < n; ++i)
+        plan.widths[i] = std::min(natural[i], minimum);
+    // Then it folds, from the root's side, behind one "…".
+    for (std::size_t i = 1; i + 1 < n && total() > available; ++i) {
+        plan.widths[i] = -1;
+        if (plan.ellipsisAt < 0)
+            plan.ellipsisAt = int(i);
+    }
+    // Last the root, then the focus, each down to the minimum.
+    for (const std::size_t i : {std::size_t(0), n - 1}) {
+        excess = total() - available;
+        if (excess <= 0)
+            break;
+        plan.widths[i] = std::max(std::min(natural[i], minimum), plan.widths[i] - excess);
+    }
+    return plan;
 }
 
 LargestChildrenModel::LargestChildrenModel(QObject* parent) : QAbstractListModel(parent)
@@ -115,6 +173,15 @@ QVariant LargestChildrenModel::data(const QModelIndex& index, int role) const
         return node.isDirectory() && node.hasChildren();
     case IsHoveredRole:
         return m_state && m_state->hovered().get() == &node;
+    case UnreadableRole:
+        return unreadableText(node);
+    case AccessibleTextRole: {
+        QStringList parts{node.displayName(), data(index, SizeTextRole).toString(),
+                          data(index, ShareTextRole).toString()};
+        if (const QString mark = unreadableText(node); !mark.isEmpty())
+            parts.append(mark);
+        return parts.join(QStringLiteral(", "));
+    }
     default:
         return {};
     }
@@ -127,7 +194,9 @@ QHash<int, QByteArray> LargestChildrenModel::roleNames() const
             {SizeTextRole, "sizeText"},
             {ShareTextRole, "shareText"},
             {CanDrillInRole, "canDrillIn"},
-            {IsHoveredRole, "isHovered"}};
+            {IsHoveredRole, "isHovered"},
+            {UnreadableRole, "unreadable"},
+            {AccessibleTextRole, "accessibleText"}};
 }
 
 NodeRef LargestChildrenModel::nodeAt(int row) const

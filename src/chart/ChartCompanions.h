@@ -18,6 +18,9 @@ class AppState;
 // "1 file", "N files": fixed English in every language, as on the hub label.
 [[nodiscard]] QString fileCountText(qint64 count);
 
+// "Could not be read" for a node whose walk could not be finished, else empty.
+[[nodiscard]] QString unreadableText(const FileNode& node);
+
 // The tooltip's lines for a hovered node; `parentSize` is the focus's size,
 // the denominator of the share. `files` is empty for a file.
 struct TooltipText {
@@ -27,6 +30,8 @@ struct TooltipText {
     QString share;
     QString files;
     bool isDirectory = false;
+    // "Could not be read", for a folder whose walk could not be finished; else empty.
+    QString unreadable;
 };
 [[nodiscard]] TooltipText tooltipText(const FileNode& node, qint64 parentSize);
 
@@ -34,6 +39,20 @@ struct TooltipText {
 // a name that is empty.
 [[nodiscard]] std::vector<FileNode*> breadcrumbPath(FileNode* focus);
 [[nodiscard]] QString breadcrumbLabel(const FileNode& node);
+
+// How the breadcrumb fits `available` points, from each element's natural
+// width (the root first, the focus last). `widths[i]` is the width to draw
+// element i at (it elides beyond that), or -1 where it is folded away; the
+// folded elements show as one "…" of `ellipsis` points at `ellipsisAt`
+// (-1 when nothing is folded). The middle gives way first: it shrinks to
+// `minimum` each, then folds from the root's side; the root and then the
+// focus shrink only when nothing else is left, never below `minimum`.
+struct CrumbPlan {
+    std::vector<double> widths;
+    int ellipsisAt = -1;
+};
+[[nodiscard]] CrumbPlan planBreadcrumb(const std::vector<double>& natural, double available,
+                                       double separator, double ellipsis, double minimum);
 
 // The details column: the first 12 children of AppState's focus (largest
 // first, as the tree keeps them), with texts ready to show, and the shared
@@ -50,6 +69,8 @@ public:
         ShareTextRole,
         CanDrillInRole, // a folder with at least one child
         IsHoveredRole,
+        UnreadableRole, // "Could not be read", or empty
+        AccessibleTextRole, // name, size and share, as a screen reader says the row
     };
     Q_ENUM(Role)
 

@@ -99,6 +99,26 @@ bool ChartScreenModel::selectCrumb(int index)
     return m_state->focusOn(m_state->focus().sibling(path[std::size_t(index)]));
 }
 
+QVariantMap ChartScreenModel::planCrumbs(const QVariantList& natural, double available,
+                                         double separator, double ellipsis, double minimum) const
+{
+    std::vector<double> widths;
+    widths.reserve(std::size_t(natural.size()));
+    for (const QVariant& width : natural)
+        widths.push_back(width.toDouble());
+    const CrumbPlan plan = planBreadcrumb(widths, available, separator, ellipsis, minimum);
+    QVariantList planned;
+    for (const double width : plan.widths)
+        planned.append(width);
+    return {{QStringLiteral("widths"), planned}, {QStringLiteral("ellipsisAt"), plan.ellipsisAt}};
+}
+
+void ChartScreenModel::clearHover()
+{
+    if (m_state)
+        m_state->setHovered({});
+}
+
 bool ChartScreenModel::hasTooltip() const
 {
     return m_state && m_state->hovered();
@@ -113,7 +133,8 @@ QVariantMap ChartScreenModel::tooltip() const
     return {
         {QStringLiteral("name"), text.name},   {QStringLiteral("path"), text.path},
         {QStringLiteral("size"), text.size},   {QStringLiteral("share"), text.share},
-        {QStringLiteral("files"), text.files}, {QStringLiteral("isDirectory"), text.isDirectory}};
+        {QStringLiteral("files"), text.files}, {QStringLiteral("isDirectory"), text.isDirectory},
+        {QStringLiteral("unreadable"), text.unreadable}};
 }
 
 ToolbarFigures ChartScreenModel::figures() const
@@ -125,7 +146,7 @@ ToolbarFigures ChartScreenModel::figures() const
 
 qint64 ChartScreenModel::inaccessibleCount() const
 {
-    return m_state && m_state->root() ? m_state->root()->inaccessibleCount() : 0;
+    return m_state ? m_state->inaccessibleCount() : 0;
 }
 
 } // namespace tw

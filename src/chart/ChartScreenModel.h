@@ -73,6 +73,11 @@ public:
     // A breadcrumb element was clicked: the guarded focus change to it.
     // Returns whether the focus moved.
     Q_INVOKABLE bool selectCrumb(int index);
+    // planBreadcrumb for QML: { widths: [..], ellipsisAt }.
+    Q_INVOKABLE QVariantMap planCrumbs(const QVariantList& natural, double available,
+                                       double separator, double ellipsis, double minimum) const;
+    // The pointer left the window or the chart screen: nothing is hovered.
+    Q_INVOKABLE void clearHover();
 
 Q_SIGNALS:
     void stateChanged();

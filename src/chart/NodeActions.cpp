@@ -30,12 +30,14 @@ bool NodeActions::canOpen() const
 
 bool NodeActions::takeHovered()
 {
+    m_subjectRow = -1;
     setSubject(m_state ? m_state->hovered() : NodeRef());
     return hasSubject();
 }
 
 bool NodeActions::takeRow(LargestChildrenModel* rows, int row)
 {
+    m_subjectRow = row;
     setSubject(rows ? rows->nodeAt(row) : NodeRef());
     return hasSubject();
 }

@@ -21,6 +21,8 @@ class NodeActions : public QObject {
     Q_PROPERTY(bool hasSubject READ hasSubject NOTIFY subjectChanged)
     // "Open here" is offered only for a folder with at least one child.
     Q_PROPERTY(bool canOpen READ canOpen NOTIFY subjectChanged)
+    // The row the subject was taken from, or -1 (taken from the hover).
+    Q_PROPERTY(int subjectRow READ subjectRow NOTIFY subjectChanged)
 
 public:
     explicit NodeActions(QObject* parent = nullptr);
@@ -30,6 +32,7 @@ public:
     [[nodiscard]] bool hasSubject() const { return bool(m_subject); }
     [[nodiscard]] bool canOpen() const;
     [[nodiscard]] const NodeRef& subject() const { return m_subject; }
+    [[nodiscard]] int subjectRow() const { return m_subjectRow; }
 
     // The chart's menu is built from the hover, not from a new hit test.
     // Returns whether there is a subject (no subject, no menu).
@@ -50,6 +53,7 @@ private:
 
     QPointer<AppState> m_state;
     NodeRef m_subject;
+    int m_subjectRow = -1;
 };
 
 } // namespace tw

@@ -113,6 +113,10 @@ const Table& chinese()
         {"appstore.limited.cta", "获取完整版"},
         {"trash.noUsableTrash", "没有可安全接收此项目的废纸篓：「%@」无法创建或不属于你。该项目保留在原处。"},
         {"trash.notFiled", "该项目已移出原文件夹，但无法为其创建废纸篓条目。它现在位于「%@」。"},
+        {"scan.unreadable.title", "部分文件夹无法读取（%d）"},
+        {"scan.unreadable.body", "显示的大小中不包含它们的内容。"},
+        {"scan.unreadable.mark", "无法读取"},
+        {"common.dismiss", "关闭"},
     }};
     return table;
 }

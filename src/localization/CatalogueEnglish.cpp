@@ -113,6 +113,10 @@ const Table& english()
         {"appstore.limited.cta", "Get full version"},
         {"trash.noUsableTrash", "No Trash can safely take this item: “%@” could not be made or is not yours. The item stays where it is."},
         {"trash.notFiled", "The item left its folder, but no Trash entry could be made for it. It is now in “%@”."},
+        {"scan.unreadable.title", "Some folders could not be read (%d)"},
+        {"scan.unreadable.body", "Their contents are missing from the sizes shown."},
+        {"scan.unreadable.mark", "Could not be read"},
+        {"common.dismiss", "Dismiss"},
     }};
     return table;
 }

@@ -114,6 +114,10 @@ const Table& german()
         {"appstore.limited.cta", "Vollversion herunterladen"},
         {"trash.noUsableTrash", "Kein Papierkorb kann dieses Objekt sicher aufnehmen: „%@“ ließ sich nicht anlegen oder gehört nicht dir. Das Objekt bleibt, wo es ist."},
         {"trash.notFiled", "Das Objekt hat seinen Ordner verlassen, aber es ließ sich kein Papierkorbeintrag dafür anlegen. Es liegt jetzt in „%@“."},
+        {"scan.unreadable.title", "Einige Ordner konnten nicht gelesen werden (%d)"},
+        {"scan.unreadable.body", "Ihr Inhalt fehlt in den angezeigten Größen."},
+        {"scan.unreadable.mark", "Konnte nicht gelesen werden"},
+        {"common.dismiss", "Ausblenden"},
     }};
     return table;
 }

@@ -11,7 +11,8 @@ ColumnLayout {
     signal cancel()
     signal confirm()
 
-    width: 460
+    // Wider only where a language's buttons would not fit on one row.
+    width: Math.max(460, buttons.implicitWidth + 40)
     spacing: 14
 
     RowLayout {
@@ -20,6 +21,7 @@ ColumnLayout {
         Layout.rightMargin: 20
         spacing: 12
         SymbolIcon {
+            objectName: "deleteSymbol"
             symbol: "trash.fill"
             tint: Style.destructive
             size: 30
@@ -105,8 +107,10 @@ ColumnLayout {
         }
     }
 
-    Flow {
-        Layout.fillWidth: true
+    // Buttons on one row at the trailing edge.
+    Row {
+        id: buttons
+        Layout.alignment: Qt.AlignRight
         Layout.leftMargin: 20
         Layout.rightMargin: 20
         Layout.bottomMargin: 20

@@ -33,18 +33,19 @@ ColumnLayout {
             onClicked: chartScreen.appState.resetToWelcome()
         }
         ToolbarButton {
+            id: upButton
             objectName: "upButton"
             symbol: "chevron.left"
             help: Loc.strings["toolbar.up"]
             enabled: model.canGoUp
             onClicked: chartScreen.appState.goUp()
         }
+        // Takes what the buttons and figures leave, and no more.
         BreadcrumbView {
             objectName: "breadcrumb"
-            screen: model
-        }
-        Item {
             Layout.fillWidth: true
+            Layout.minimumWidth: 0
+            screen: model
         }
         ToolbarButton {
             id: refreshButton
@@ -63,11 +64,16 @@ ColumnLayout {
                 onStopped: refreshButton.symbolRotation = 0
             }
         }
-        Shortcut {
+        GuardedShortcut {
+            control: refreshButton
             sequence: "Ctrl+R"
-            // Not behind a dialog: the dialog's subject belongs to this tree.
-            enabled: refreshButton.enabled && !chartScreen.appState.hasDeleteCandidate
             onActivated: chartScreen.appState.refresh()
+        }
+        // Up: Backspace, and ⌘↑ (Ctrl+↑ elsewhere; Qt writes ⌘ as Ctrl).
+        GuardedShortcut {
+            control: upButton
+            sequences: ["Backspace", "Ctrl+Up"]
+            onActivated: chartScreen.appState.goUp()
         }
         Row {
             objectName: "figures"
@@ -90,6 +96,8 @@ ColumnLayout {
                 symbol: "info.circle"
                 tint: Style.secondary
                 size: 13
+                Accessible.role: Accessible.StaticText
+                Accessible.name: Loc.strings["toolbar.fileSizesHelp"]
                 HoverHandler { id: infoHover }
                 ToolTip.visible: infoHover.hovered
                 ToolTip.delay: 600
@@ -126,6 +134,17 @@ ColumnLayout {
         onDismiss: chartScreen.appState.needsFullDiskAccess = false
     }
 
+    FDABanner {
+        objectName: "unreadableBanner"
+        Layout.fillWidth: true
+        visible: chartScreen.appState.showsUnreadableNotice
+        inaccessibleCount: model.inaccessibleCount
+        offersSettings: false
+        titleKey: "scan.unreadable.title"
+        bodyKey: "scan.unreadable.body"
+        onDismiss: chartScreen.appState.showsUnreadableNotice = false
+    }
+
     Rectangle {
         Layout.fillWidth: true
         implicitHeight: 1
@@ -144,10 +163,35 @@ ColumnLayout {
             Layout.fillHeight: true
 
             SunburstChart {
+                id: chart
                 anchors.fill: parent
                 anchors.margins: 12
                 appState: chartScreen.appState
                 screen: model
+            }
+
+            // In the first corner where it covers no part of the hovered
+            // sector; it stays put while fading out.
+            function placeTooltip() {
+                if (!model.hasTooltip)
+                    return;
+                const w = tooltip.width, h = tooltip.height;
+                const left = 16, right = width - w - 16, top = 16, bottom = height - h - 16;
+                const corners = [[left, top], [right, top], [left, bottom], [right, bottom]];
+                for (const corner of corners) {
+                    const area = Qt.rect(corner[0] - chart.x, corner[1] - chart.y, w, h);
+                    if (!chart.view.hoveredSectorMeets(area)) {
+                        tooltip.x = corner[0];
+                        tooltip.y = corner[1];
+                        return;
+                    }
+                }
+                tooltip.x = left;
+                tooltip.y = top;
+            }
+            Connections {
+                target: model
+                function onTooltipChanged() { Qt.callLater(chartArea.placeTooltip) }
             }
 
             TooltipView {

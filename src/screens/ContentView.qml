@@ -10,6 +10,12 @@ Item {
     id: content
     required property AppState appState
     property int leadingInset: 0
+    // A dialog, an alert or the folder picker is up. The screens beneath are
+    // disabled meanwhile: Tab stays within the dialog, and no key of a
+    // screen's (GuardedShortcut) acts behind it.
+    readonly property bool modalUp: fdaPromptCard.shown || deleteCard.shown || errorAlert.shown
+                                    || thinConfirmAlert.shown || thinResultAlert.shown
+                                    || folderDialog.visible
 
     ScreensModel {
         id: screensModel
@@ -19,6 +25,7 @@ Item {
     ColumnLayout {
         anchors.fill: parent
         spacing: 0
+        enabled: !content.modalUp
 
         RowLayout {
             objectName: "modeBar"
@@ -90,6 +97,7 @@ Item {
 
     // The modal layer, back to front.
     ModalCard {
+        id: fdaPromptCard
         objectName: "fdaPromptCard"
         shown: content.appState.fdaPromptForURL !== ""
         FullDiskAccessPrompt {
@@ -101,6 +109,7 @@ Item {
     }
 
     ModalCard {
+        id: deleteCard
         objectName: "deleteCard"
         shown: content.appState.hasDeleteCandidate
         DeleteConfirmDialog {
@@ -112,6 +121,7 @@ Item {
 
     FolderDialog {
         id: folderDialog
+        objectName: "folderDialog"
         title: Loc.strings["panel.message"]
         acceptLabel: Loc.strings["panel.prompt"]
         parentWindow: content.Window.window
@@ -119,6 +129,7 @@ Item {
     }
 
     AlertDialog {
+        id: errorAlert
         objectName: "errorAlert"
         title: Loc.strings["delete.failed"]
         message: content.appState.errorMessage
@@ -127,6 +138,7 @@ Item {
         onAccepted: content.appState.clearErrorMessage()
     }
     AlertDialog {
+        id: thinConfirmAlert
         objectName: "thinConfirmAlert"
         title: Loc.strings["snapshots.confirm.title"]
         message: Loc.strings["snapshots.confirm.body"]
@@ -137,6 +149,7 @@ Item {
         onRejected: content.appState.confirmThinSnapshots = false
     }
     AlertDialog {
+        id: thinResultAlert
         objectName: "thinResultAlert"
         title: Loc.strings["snapshots.result.title"]
         message: content.appState.thinResultMessage

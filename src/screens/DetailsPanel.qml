@@ -27,6 +27,12 @@ Rectangle {
         id: menu
         objectName: "rowMenu"
         actions: actions
+        // Closed with the pointer elsewhere: the subject is no longer hovered.
+        onClosed: {
+            const subject = list.itemAtIndex(actions.subjectRow);
+            if (subject && !subject.pointerInside && !(list.activeFocus && list.currentIndex === actions.subjectRow))
+                rows.leave(actions.subjectRow);
+        }
     }
 
     ColumnLayout {
@@ -61,6 +67,26 @@ Rectangle {
             rightMargin: 6
             boundsBehavior: Flickable.StopAtBounds
             ScrollBar.vertical: ScrollBar {}
+            // The keyboard's way through the chart's sectors: Tab in, the
+            // arrows move, Return opens a folder. The row under the keys is
+            // hovered like one under the pointer, so the tooltip names it.
+            activeFocusOnTab: true
+            keyNavigationEnabled: true
+            currentIndex: -1
+            Accessible.role: Accessible.List
+            Accessible.name: Loc.strings["details.largest"]
+            Keys.onReturnPressed: rows.drillIn(currentIndex)
+            Keys.onEnterPressed: rows.drillIn(currentIndex)
+            onActiveFocusChanged: {
+                if (activeFocus && currentIndex < 0 && count > 0)
+                    currentIndex = 0;
+                else if (activeFocus)
+                    rows.enter(currentIndex);
+                else if (!menu.visible)
+                    rows.leave(currentIndex);
+            }
+            onCurrentIndexChanged: if (activeFocus) rows.enter(currentIndex)
+            onCountChanged: currentIndex = activeFocus && count > 0 ? 0 : -1
 
             delegate: Rectangle {
                 id: row
@@ -70,11 +96,26 @@ Rectangle {
                 required property string sizeText
                 required property string shareText
                 required property bool isHovered
+                required property string unreadable
+                required property string accessibleText
+                readonly property bool isCurrent: ListView.isCurrentItem && list.activeFocus
+                readonly property bool pointerInside: area.containsMouse
 
                 width: ListView.view.width - 12
                 implicitHeight: content.implicitHeight + 12
                 radius: 8
                 color: isHovered ? Qt.rgba(0, 0.478, 1, 0.12) : "transparent"
+                Accessible.role: Accessible.ListItem
+                Accessible.name: accessibleText
+                Accessible.focusable: true
+                Accessible.focused: isCurrent
+
+                FocusRing {
+                    visible: row.isCurrent
+                    control: null
+                    cornerRadius: 8
+                    anchors.margins: -1
+                }
 
                 RowLayout {
                     id: content
@@ -92,13 +133,27 @@ Rectangle {
                     Column {
                         Layout.fillWidth: true
                         spacing: 2
-                        Text {
+                        Row {
                             width: parent.width
-                            text: row.name
-                            font.pixelSize: 12
-                            font.weight: Font.Medium
-                            color: Style.primary
-                            elide: Text.ElideMiddle
+                            spacing: 4
+                            Text {
+                                width: parent.width - (lock.visible ? lock.width + 4 : 0)
+                                text: row.name
+                                font.pixelSize: 12
+                                font.weight: Font.Medium
+                                color: Style.primary
+                                elide: Text.ElideMiddle
+                            }
+                            // A folder that could not be read: its size is what was seen.
+                            SymbolIcon {
+                                id: lock
+                                objectName: "unreadableMark"
+                                anchors.verticalCenter: parent.verticalCenter
+                                visible: row.unreadable !== ""
+                                symbol: "exclamationmark.lock.fill"
+                                tint: Style.orange
+                                size: 11
+                            }
                         }
                         Row {
                             spacing: 6
@@ -124,11 +179,13 @@ Rectangle {
                 }
 
                 MouseArea {
+                    id: area
                     anchors.fill: parent
                     hoverEnabled: true
                     acceptedButtons: Qt.LeftButton | Qt.RightButton
                     onEntered: rows.enter(row.index)
-                    onExited: rows.leave(row.index)
+                    // The subject of an open menu stays highlighted.
+                    onExited: if (!menu.visible) rows.leave(row.index)
                     onDoubleClicked: mouse => {
                         if (mouse.button === Qt.LeftButton)
                             rows.drillIn(row.index);

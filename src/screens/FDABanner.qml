@@ -4,9 +4,14 @@ import QtQuick.Layouts
 import Tidewick
 
 // After a scan that met closed folders: how many, and the way to the grant.
+// Where no grant would help (Linux, or a Mac that has it) the same banner
+// tells the count without the way: `offersSettings` false, other texts.
 Rectangle {
     id: banner
     property int inaccessibleCount: 0
+    property bool offersSettings: true
+    property string titleKey: "fda.banner.title"
+    property string bodyKey: "fda.banner.body"
     signal openSettings()
     signal dismiss()
 
@@ -31,13 +36,13 @@ Rectangle {
             spacing: 1
             Text {
                 objectName: "bannerTitle"
-                text: Loc.strings["fda.banner.title"].replace("%d", banner.inaccessibleCount)
+                text: Loc.strings[banner.titleKey].replace("%d", banner.inaccessibleCount)
                 font.pixelSize: 12
                 font.weight: Font.DemiBold
                 color: Style.primary
             }
             Text {
-                text: Loc.strings["fda.banner.body"]
+                text: Loc.strings[banner.bodyKey]
                 font.pixelSize: 11
                 color: Style.secondary
             }
@@ -47,6 +52,7 @@ Rectangle {
         }
         PushButton {
             objectName: "bannerOpenSettings"
+            visible: banner.offersSettings
             text: Loc.strings["fda.openSettings"]
             font.pixelSize: 11
             onClicked: banner.openSettings()
@@ -56,6 +62,14 @@ Rectangle {
             flat: true
             implicitWidth: 22
             implicitHeight: 22
+            focusPolicy: Qt.TabFocus
+            Accessible.name: Loc.strings["common.dismiss"]
+            background: Item {
+                FocusRing {
+                    control: parent.parent
+                    cornerRadius: 4
+                }
+            }
             contentItem: Item {
                 SymbolIcon {
                     anchors.centerIn: parent

@@ -12,7 +12,8 @@ ColumnLayout {
     signal continueAnyway()
     signal cancel()
 
-    width: 500
+    // Wider only where a language's buttons would not fit on one row.
+    width: Math.max(500, buttons.implicitWidth + 40)
     spacing: 14
 
     RowLayout {
@@ -102,9 +103,10 @@ ColumnLayout {
         elide: Text.ElideMiddle
     }
 
-    // Buttons keep to the trailing edge and wrap rather than widen the card.
-    Flow {
-        Layout.fillWidth: true
+    // Buttons on one row at the trailing edge.
+    Row {
+        id: buttons
+        Layout.alignment: Qt.AlignRight
         Layout.leftMargin: 20
         Layout.rightMargin: 20
         Layout.bottomMargin: 20

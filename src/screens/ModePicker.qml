@@ -27,10 +27,19 @@ Rectangle {
                 objectName: "segment_" + modelData.key
                 width: (picker.width - 4) / 2
                 height: picker.height - 4
+                focusPolicy: Qt.TabFocus
+                Accessible.checkable: true
+                Accessible.checked: selected
+                Accessible.role: Accessible.PageTab
+                Accessible.name: Loc.strings[modelData.key]
                 background: Rectangle {
                     radius: 5
                     color: segment.selected ? "#ffffff" : "transparent"
                     border.color: segment.selected ? Qt.rgba(0, 0, 0, 0.08) : "transparent"
+                    FocusRing {
+                        control: segment
+                        cornerRadius: 5
+                    }
                 }
                 contentItem: Text {
                     text: Loc.strings[segment.modelData.key]

@@ -7,6 +7,8 @@ import Tidewick
 Menu {
     id: menu
     required property NodeActions actions
+    padding: 4
+    background: MenuCard {}
 
     MenuItem {
         text: Loc.strings["menu.revealInFinder"]

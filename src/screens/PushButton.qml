@@ -15,9 +15,10 @@ Button {
     implicitWidth: Math.max(64, label.implicitWidth + 24)
     implicitHeight: label.implicitHeight + 10
     font.pixelSize: 13
-    // A click does not take the keyboard: Return and Escape stay with the
-    // dialog's own shortcuts.
-    focusPolicy: Qt.NoFocus
+    // Tab reaches it; a click does not take the keyboard, so Return and
+    // Escape stay with the dialog's own shortcuts.
+    focusPolicy: Qt.TabFocus
+    Accessible.name: text
 
     background: Rectangle {
         radius: 6
@@ -26,6 +27,10 @@ Button {
         border.color: button.filled ? "transparent" : Qt.rgba(0, 0, 0, 0.15)
         border.width: 1
         opacity: button.enabled ? 1 : 0.5
+        FocusRing {
+            control: button
+            cornerRadius: 6
+        }
     }
     contentItem: Item {
         implicitWidth: label.implicitWidth

@@ -55,10 +55,16 @@ Item {
             }
         }
         PushButton {
+            id: cancelButton
             objectName: "cancelScanButton"
             anchors.horizontalCenter: parent.horizontalCenter
             text: Loc.strings["common.cancel"]
             onClicked: progressView.cancel()
+        }
+        GuardedShortcut {
+            control: cancelButton
+            sequence: StandardKey.Cancel
+            onActivated: progressView.cancel()
         }
     }
 }

@@ -6,6 +6,7 @@ Item {
     id: chart
     required property AppState appState
     required property ChartScreenModel screen
+    readonly property alias view: view
 
     SunburstView {
         id: view
@@ -13,6 +14,12 @@ Item {
         anchors.fill: parent
         state: chart.appState
         hubColor: Style.windowBackground
+        // The subject of an open menu stays highlighted.
+        holdsHover: menu.visible
+        // A picture to a screen reader: the focus it shows; its sectors are
+        // read through the Largest list.
+        Accessible.role: Accessible.Chart
+        Accessible.name: chart.screen.hubName + ", " + chart.screen.hubSize
         onContextMenuRequested: (x, y) => {
             // No hover, no menu.
             if (actions.takeHovered())

@@ -50,6 +50,7 @@ struct Picture {
     std::vector<QPointF> points;     // the outlines'
     std::vector<QColor> fills;       // the outlines'
     std::vector<bool> hits;          // the outlines'
+    std::vector<bool> outlined;      // the outlines': wide enough for the thin line
     std::size_t hubFirst = 0;
     SectorStrokes strokes;
     QColor hubFill;
@@ -72,7 +73,8 @@ void paintBand(const Picture& picture, const PixelBand& band)
                                               step.pointCount);
         // Filled, then stroked thin; the hit once more in bold.
         raster.fill(points, picture.fills[outline]);
-        raster.stroke(points, picture.strokes.thinWidth, thinStroke);
+        if (picture.outlined[outline])
+            raster.stroke(points, picture.strokes.thinWidth, thinStroke);
         if (picture.hits[outline])
             raster.stroke(points, picture.strokes.boldWidth, Qt::white);
         ++outline;
@@ -150,6 +152,8 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
         picture.steps.push_back(step);
         picture.fills.push_back(fill);
         picture.hits.push_back(isHit);
+        picture.outlined.push_back(hasThinOutline({cx, cy, inner, outer}, segment.startAngle,
+                                                  segment.endAngle, picture.strokes));
     }
     picture.hubFirst = picture.points.size();
     addArc(picture.points, cx, cy, geometry.hubRadius * scale, 0, 2 * std::numbers::pi);

@@ -6,6 +6,7 @@
 #include "screens/SunburstPainter.h"
 
 #include <QPainter>
+#include <QPainterPath>
 #include <algorithm>
 #include <cmath>
 
@@ -22,7 +23,12 @@ void SunburstView::setState(AppState* state)
 {
     const bool moved = followState(m_state, state, this, [this](AppState& followed) {
         // Sizes change in place after a deletion; the root is re-assigned then.
-        connect(&followed, &AppState::focusChanged, this, [this] { update(); });
+        // A new focus is hovered afresh where the pointer stands.
+        connect(&followed, &AppState::focusChanged, this, [this] {
+            if (m_mouseLocation && !m_holdsHover)
+                moveMouse(*m_mouseLocation);
+            update();
+        });
         connect(&followed, &AppState::rootChanged, this, [this] { update(); });
     });
     if (!moved)
@@ -66,8 +72,39 @@ void SunburstView::paint(QPainter* painter)
     painter->drawImage(QPointF(0, 0), m_canvas);
 }
 
+void SunburstView::setHoldsHover(bool holds)
+{
+    if (m_holdsHover == holds)
+        return;
+    m_holdsHover = holds;
+    Q_EMIT holdsHoverChanged();
+}
+
+bool SunburstView::hoveredSectorMeets(const QRectF& rect) const
+{
+    if (!m_state || !m_state->hovered())
+        return false;
+    const ChartGeometry geometry = chartGeometry(width(), height());
+    for (const Segment& segment : buildSegments(m_state->focus().get(), width(), height())) {
+        if (segment.node != m_state->hovered().get())
+            continue;
+        std::vector<QPointF> points;
+        appendSectorOutline(points,
+                            {geometry.centreX, geometry.centreY, segment.innerRadius,
+                             segment.outerRadius},
+                            segment.startAngle, segment.endAngle);
+        QPainterPath path;
+        path.addPolygon(QPolygonF(QList<QPointF>(points.begin(), points.end())));
+        path.closeSubpath();
+        return path.intersects(rect);
+    }
+    return false;
+}
+
 void SunburstView::moveMouse(const QPointF& location)
 {
+    if (m_holdsHover)
+        return;
     m_mouseLocation = location;
     if (m_state) {
         const ChartGeometry geometry = chartGeometry(width(), height());
@@ -92,6 +129,8 @@ void SunburstView::hoverMoveEvent(QHoverEvent* event)
 
 void SunburstView::hoverLeaveEvent(QHoverEvent*)
 {
+    if (m_holdsHover)
+        return;
     m_mouseLocation.reset();
     if (m_state)
         m_state->setHovered({});

@@ -25,6 +25,9 @@ class SunburstView : public QQuickPaintedItem {
     Q_PROPERTY(QColor hubColor READ hubColor WRITE setHubColor NOTIFY hubColorChanged)
     // R × 0.22 for the current size: the hub label's width follows it.
     Q_PROPERTY(double hubRadius READ hubRadius NOTIFY hubRadiusChanged)
+    // While true (a context menu is open), the hover and the fading stay on
+    // the menu's subject whatever the pointer does.
+    Q_PROPERTY(bool holdsHover READ holdsHover WRITE setHoldsHover NOTIFY holdsHoverChanged)
 
 public:
     explicit SunburstView(QQuickItem* parent = nullptr);
@@ -34,6 +37,11 @@ public:
     [[nodiscard]] QColor hubColor() const { return m_hubColor; }
     void setHubColor(const QColor& color);
     [[nodiscard]] double hubRadius() const;
+    [[nodiscard]] bool holdsHover() const { return m_holdsHover; }
+    void setHoldsHover(bool holds);
+    // Whether the sector drawn for AppState's hovered node reaches into
+    // `rect` (item coordinates): the tooltip goes where it covers nothing.
+    Q_INVOKABLE bool hoveredSectorMeets(const QRectF& rect) const;
 
     void paint(QPainter* painter) override;
 
@@ -41,6 +49,7 @@ Q_SIGNALS:
     void stateChanged();
     void hubColorChanged();
     void hubRadiusChanged();
+    void holdsHoverChanged();
     // A secondary click at (x, y) in the item; the menu's subject is the hover.
     void contextMenuRequested(double x, double y);
 
@@ -59,6 +68,7 @@ private:
     QPointer<AppState> m_state;
     QColor m_hubColor{0xec, 0xec, 0xec};
     std::optional<QPointF> m_mouseLocation;
+    bool m_holdsHover = false;
     QImage m_canvas; // kept between frames to spare the allocation
 };
 

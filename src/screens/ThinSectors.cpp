@@ -180,6 +180,21 @@ void paintRingSectors(const PixelBand& band, const RingFrame& ring,
                 anyHit ? radialShares(ring, r, boldHalf) : RadialShares{};
             Channels colour;
             bool touched = false;
+            // Fills of neighbours that tile the pixel without a line between
+            // them add up by their shares, as they would drawn finer than a
+            // pixel; blended one over another they would leave the background
+            // showing through. They join the pixel before any line.
+            Channels tiled;
+            float tiledShare = 0;
+            const auto joinTiled = [&] {
+                if (tiledShare <= 0)
+                    return;
+                const float keep = 1 - tiled.alpha;
+                colour = {tiled.alpha + colour.alpha * keep, tiled.red + colour.red * keep,
+                          tiled.green + colour.green * keep, tiled.blue + colour.blue * keep};
+                tiled = {};
+                tiledShare = 0;
+            };
             const auto paint = [&](const RingSector& sector, double at) {
                 if (!touched) {
                     colour = Channels::of(pixels[x]);
@@ -188,14 +203,31 @@ void paintRingSectors(const PixelBand& band, const RingFrame& ring,
                 const double start = (sector.startAngle - at) * r;
                 const double end = (sector.endAngle - at) * r;
                 const float fill = float(thinShares.ring * overlap(start, end, -0.5, 0.5));
-                if (fill > 0)
-                    colour.paintOver(Channels::of(sector.fill), fill);
-                if (const float share = strokeShare(thinShares, start, end, thinHalf); share > 0)
-                    colour.paintOver(thin, share);
+                const bool outlined = hasThinOutline(ring, sector.startAngle, sector.endAngle, strokes);
+                if (fill > 0) {
+                    if (outlined) {
+                        joinTiled();
+                        colour.paintOver(Channels::of(sector.fill), fill);
+                    } else {
+                        const Channels over = Channels::of(sector.fill);
+                        tiled.alpha += over.alpha * fill;
+                        tiled.red += over.red * fill;
+                        tiled.green += over.green * fill;
+                        tiled.blue += over.blue * fill;
+                        tiledShare += fill;
+                    }
+                }
+                if (outlined) {
+                    if (const float share = strokeShare(thinShares, start, end, thinHalf);
+                        share > 0)
+                        colour.paintOver(thin, share);
+                }
                 if (sector.isHit) {
                     if (const float share = strokeShare(boldShares, start, end, boldHalf);
-                        share > 0)
+                        share > 0) {
+                        joinTiled();
                         colour.paintOver(bold, share);
+                    }
                 }
             };
             // Near twelve o'clock the sectors at both ends of the circle reach
@@ -222,6 +254,7 @@ void paintRingSectors(const PixelBand& band, const RingFrame& ring,
                 if (hitReaches && hit >= end)
                     paint(*hit, at);
             }
+            joinTiled();
             if (touched)
                 pixels[x] = colour.pixel();
         }

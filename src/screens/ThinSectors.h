@@ -33,6 +33,17 @@ struct SectorStrokes {
     double boldWidth = 0;
 };
 
+// Whether a sector of `ring` between two angles gets its thin outline: not
+// when it is narrower along its outer arc than the line itself. A folder of
+// thousands of small files would otherwise draw as a smear of white lines
+// wider than the sectors they surround, hiding every fill; without them the
+// fills show. The hovered sector's bold line is drawn whatever its width.
+[[nodiscard]] inline bool hasThinOutline(const RingFrame& ring, double startAngle,
+                                         double endAngle, const SectorStrokes& strokes)
+{
+    return (endAngle - startAngle) * ring.outerRadius >= strokes.thinWidth;
+}
+
 // Paints consecutive sectors of one ring, in increasing angle, each filled and
 // stroked in turn over what the band already holds: the picture that painting
 // them one by one as polygons gives, within anti-aliasing.

@@ -10,9 +10,20 @@ ToolButton {
     property alias symbolRotation: icon.rotation
 
     flat: true
-    // A click does not take the keyboard: Return and Escape stay with the
-    // dialog's own shortcuts.
-    focusPolicy: Qt.NoFocus
+    // Tab reaches it; a click does not take the keyboard, so Return and
+    // Escape stay with the dialog's own shortcuts.
+    focusPolicy: Qt.TabFocus
+    // Only a symbol shows: the help text is what a screen reader says.
+    Accessible.name: help
+    Accessible.role: Accessible.Button
+    background: Rectangle {
+        radius: 6
+        color: button.down ? Qt.rgba(0, 0, 0, 0.1) : button.hovered && button.enabled ? Qt.rgba(0, 0, 0, 0.05) : "transparent"
+        FocusRing {
+            control: button
+            cornerRadius: 6
+        }
+    }
     implicitWidth: 28
     implicitHeight: 28
     contentItem: Item {

@@ -5,22 +5,32 @@ import Tidewick
 Item {
     id: tooltip
     required property ChartScreenModel screen
-    readonly property var info: screen.tooltip
+    // The last hover's texts: kept while the card fades out, so it never
+    // shrinks to an empty card on the way.
+    property var info: screen.tooltip
+
+    Connections {
+        target: tooltip.screen
+        function onTooltipChanged() {
+            if (tooltip.screen.hasTooltip)
+                tooltip.info = tooltip.screen.tooltip;
+        }
+    }
 
     implicitWidth: Math.min(340, lines.implicitWidth + 20)
     implicitHeight: lines.implicitHeight + 20
 
-    // A soft shadow: black at 0.22 spread over a few layers, 6 points down.
+    // A soft shadow: faint layers spread a point apart, 3 points down.
     Repeater {
-        model: 4
+        model: 8
         Rectangle {
             required property int index
-            x: -index * 3
-            y: 6 - index * 3 + 2
-            width: tooltip.width + index * 6
-            height: tooltip.height + index * 6
-            radius: 10 + index * 3
-            color: Qt.rgba(0, 0, 0, 0.22 / (4 * (index + 1)))
+            x: -index
+            y: 3 - index
+            width: tooltip.width + index * 2
+            height: tooltip.height + index * 2
+            radius: 10 + index
+            color: Qt.rgba(0, 0, 0, 0.16 / 8)
         }
     }
     Rectangle {
@@ -93,6 +103,22 @@ Item {
             text: tooltip.info.files ?? ""
             font.pixelSize: 10
             color: Style.secondary
+        }
+        Row {
+            objectName: "tooltipUnreadable"
+            visible: (tooltip.info.unreadable ?? "") !== ""
+            spacing: 4
+            SymbolIcon {
+                anchors.verticalCenter: parent.verticalCenter
+                symbol: "exclamationmark.lock.fill"
+                tint: Style.orange
+                size: 11
+            }
+            Text {
+                text: tooltip.info.unreadable ?? ""
+                font.pixelSize: 10
+                color: Style.secondary
+            }
         }
     }
 }

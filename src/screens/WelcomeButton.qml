@@ -13,9 +13,10 @@ Button {
     implicitWidth: Math.max(minimumWidth, label.implicitWidth + 32)
     implicitHeight: label.implicitHeight + 12 + 14
     font.pixelSize: 14
-    // A click does not take the keyboard: Return and Escape stay with the
-    // dialog's own shortcuts.
-    focusPolicy: Qt.NoFocus
+    // Tab reaches it; a click does not take the keyboard, so Return and
+    // Escape stay with the dialog's own shortcuts.
+    focusPolicy: Qt.TabFocus
+    Accessible.name: text
 
     background: Rectangle {
         radius: 7
@@ -23,6 +24,10 @@ Button {
                                 : (button.down ? "#dcdcdc" : "#ffffff")
         border.color: button.prominent ? "transparent" : Qt.rgba(0, 0, 0, 0.12)
         border.width: 1
+        FocusRing {
+            control: button
+            cornerRadius: 7
+        }
     }
     contentItem: Item {
         implicitWidth: label.implicitWidth

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import QtQuick.Window
 import Tidewick
 
 // Before any scan: the mark, three ways to begin, and the reclaim of local
@@ -24,6 +25,8 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             Layout.preferredWidth: 160
             Layout.preferredHeight: 160
+            sourceSize.width: Math.ceil(160 * Screen.devicePixelRatio)
+            sourceSize.height: Math.ceil(160 * Screen.devicePixelRatio)
             fillMode: Image.PreserveAspectFit
             smooth: true
             mipmap: true
@@ -72,6 +75,7 @@ Item {
                 onClicked: welcome.scanHome()
             }
             WelcomeButton {
+                id: pickFolderButton
                 objectName: "pickFolderButton"
                 minimumWidth: 160
                 symbol: "folder"
@@ -79,7 +83,10 @@ Item {
                 onClicked: welcome.pickFolder()
             }
         }
-        Shortcut {
+        // Only here, and only while no dialog is up: elsewhere it would
+        // replace a running scan or the tree a dialog is asking about.
+        GuardedShortcut {
+            control: pickFolderButton
             sequence: "Ctrl+O"
             onActivated: welcome.pickFolder()
         }
@@ -108,6 +115,9 @@ Item {
                     color: Style.primary
                 }
             }
+            Accessible.name: Loc.strings["welcome.thinSnapshots"].replace("%d", welcome.localSnapshotCount)
+            Accessible.description: Loc.strings["welcome.thinSnapshots.help"]
+            focusPolicy: Qt.TabFocus
             ToolTip.visible: hovered
             ToolTip.delay: 600
             ToolTip.text: Loc.strings["welcome.thinSnapshots.help"]

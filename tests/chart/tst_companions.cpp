@@ -164,6 +164,46 @@ private Q_SLOTS:
         const auto slash = scanner.scan("/");
         QCOMPARE(breadcrumbLabel(*slash->root()), QStringLiteral("/"));
     }
+
+    void breadcrumbGivesWayFromTheMiddle()
+    {
+        const auto plan = [](std::vector<double> natural, double available) {
+            return planBreadcrumb(natural, available, 20, 10, 40);
+        };
+        const auto width = [](const CrumbPlan& p) {
+            double sum = p.ellipsisAt >= 0 ? 10 : 0;
+            int shown = p.ellipsisAt >= 0 ? 1 : 0;
+            for (const double w : p.widths) {
+                sum += w >= 0 ? w : 0;
+                shown += w >= 0 ? 1 : 0;
+            }
+            return sum + 20 * (shown - 1);
+        };
+        // Room enough: everything at its natural width.
+        CrumbPlan p = plan({50, 100, 100, 200}, 1000);
+        QCOMPARE(p.widths, (std::vector<double>{50, 100, 100, 200}));
+        QCOMPARE(p.ellipsisAt, -1);
+        // A little short: the middle shrinks, the root and the focus stay whole.
+        p = plan({50, 100, 100, 200}, 480);
+        QCOMPARE(p.widths.front(), 50.0);
+        QCOMPARE(p.widths.back(), 200.0);
+        QCOMPARE(width(p), 480.0);
+        QVERIFY(p.widths[1] >= 40 && p.widths[2] >= 40);
+        // Shorter: middle elements fold behind one "…", from the root's side.
+        p = plan({50, 100, 100, 100, 200}, 420);
+        QCOMPARE(p.ellipsisAt, 1);
+        QCOMPARE(p.widths[1], -1.0);
+        QVERIFY(p.widths[3] >= 40);
+        QCOMPARE(p.widths.back(), 200.0);
+        QVERIFY(width(p) <= 420);
+        // Hardly any room: the root, then the focus, shrink to the minimum and no further.
+        p = plan({300, 100, 400}, 200);
+        QCOMPARE(p.widths[1], -1.0);
+        QCOMPARE(p.widths.front(), 40.0);
+        QVERIFY(p.widths.back() >= 40 && p.widths.back() < 400);
+        p = plan({300}, 100);
+        QCOMPARE(p.widths, std::vector<double>{100});
+    }
 };
 
 QTEST_GUILESS_MAIN(CompanionsTest)

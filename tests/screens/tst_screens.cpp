@@ -3,7 +3,7 @@
 // menu, the details rows, the breadcrumb, the toolbar, the Full Disk Access
 // prompt and banner. Any QML warning fails the test that produced it.
 
-#include "TestFiles.h"
+#include "ScreensHarness.h"
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
 #include "chart/SunburstLayout.h"
@@ -29,140 +29,6 @@ Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 using namespace tw;
 using namespace tw::test;
 
-namespace {
-
-QStringList g_warnings;
-
-void recordWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
-{
-    if (type != QtDebugMsg && type != QtInfoMsg)
-        g_warnings.append(message);
-}
-
-constexpr qint64 kGB = 1000LL * 1000 * 1000;
-
-class FixedVolume : public VolumeFacts {
-public:
-    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
-    {
-        return m_capacity;
-    }
-    VolumeInfo::Medium medium(const QByteArray&) const override
-    {
-        return VolumeInfo::Medium::solidState;
-    }
-    std::optional<VolumeInfo::Capacity> m_capacity =
-        VolumeInfo::Capacity{500 * kGB, 400 * kGB, 400 * kGB};
-};
-
-class Access : public DiskAccess {
-public:
-    bool requiresFullDiskAccess(const QByteArray& path) const override
-    {
-        return path.endsWith("/protected");
-    }
-    bool hasFullDiskAccess() const override { return m_granted; }
-    bool m_granted = true;
-};
-
-// One window with its own AppState.
-struct Window {
-    explicit Window(const VolumeFacts& volumes, const DiskAccess& access,
-                    std::function<std::optional<QString>(const QByteArray&)> recycle = {})
-    {
-        AppState::Services services;
-        services.recycle = std::move(recycle);
-        services.volumes = &volumes;
-        services.diskAccess = &access;
-        services.scannerOptions.workers = 1;
-        state = std::make_unique<AppState>(services);
-        installScreens(*view.engine());
-        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(state.get())}});
-        view.setResizeMode(QQuickView::SizeRootObjectToView);
-        view.resize(1080, 720);
-        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
-        view.show();
-    }
-    ~Window() { state->cancelScan(); }
-
-    // Searches the visual tree, which also holds what Repeaters and Loaders made.
-    static QQuickItem* findIn(QQuickItem* at, const QString& name)
-    {
-        if (at->objectName() == name)
-            return at;
-        for (QQuickItem* child : at->childItems()) {
-            if (QQuickItem* found = findIn(child, name))
-                return found;
-        }
-        return nullptr;
-    }
-    QQuickItem* item(const char* name) const
-    {
-        return findIn(view.contentItem(), QString::fromLatin1(name));
-    }
-    bool shows(const char* name) const
-    {
-        QQuickItem* found = item(name);
-        return found && found->isVisible();
-    }
-    bool scan(const QByteArray& path)
-    {
-        state->requestScan(path);
-        if (!QTest::qWaitFor([&] { return state->phase() == AppState::Phase::ready; }, 20000))
-            return false;
-        QTest::qWait(50); // the chart screen's first layout
-        return true;
-    }
-    // The scene point in the middle of the sector drawn for `node`.
-    QPoint pointOf(const FileNode* node) const
-    {
-        QQuickItem* chart = item("sunburst");
-        const std::vector<Segment> segments =
-            buildSegments(state->focus().get(), chart->width(), chart->height());
-        const ChartGeometry g = chartGeometry(chart->width(), chart->height());
-        for (const Segment& s : segments) {
-            if (s.node == node) {
-                const double a = (s.startAngle + s.endAngle) / 2;
-                const double r = (s.innerRadius + s.outerRadius) / 2;
-                return chart
-                    ->mapToScene(QPointF(g.centreX + r * std::sin(a), g.centreY - r * std::cos(a)))
-                    .toPoint();
-            }
-        }
-        return {};
-    }
-    QPoint chartCentre() const
-    {
-        QQuickItem* chart = item("sunburst");
-        return chart->mapToScene(QPointF(chart->width() / 2, chart->height() / 2)).toPoint();
-    }
-    QPoint centreOf(const char* name) const
-    {
-        QQuickItem* found = item(name);
-        return found->mapToScene(QPointF(found->width() / 2, found->height() / 2)).toPoint();
-    }
-    // A pointer arrives: two moves, as the first into a window may not hover.
-    void moveTo(QPoint at)
-    {
-        QTest::mouseMove(&view, at + QPoint(1, 1));
-        QTest::mouseMove(&view, at);
-    }
-
-    std::unique_ptr<AppState> state;
-    QQuickView view;
-};
-
-FileNode* child(const FileNode& parent, const char* name)
-{
-    return const_cast<FileNode*>(childNamed(parent, name));
-}
-FileNode* child(const NodeRef& parent, const char* name)
-{
-    return child(*parent, name);
-}
-
-} // namespace
-
 class ScreensTest : public QObject {
     Q_OBJECT
 
@@ -176,16 +42,9 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        QQuickStyle::setStyle(QStringLiteral("Fusion"));
-        LocalizationManager::shared().setCurrent(Language::english);
-        m_tree = QFile::encodeName(m_dir.path()) + "/home";
-        makeDir(m_tree);
-        makeDir(m_tree + "/docs");
-        makeDir(m_tree + "/docs/deep");
-        writeFile(m_tree + "/docs/deep/a", 400 * 1024);
+        prepareScreens();
+        m_tree = makeHomeTree(m_dir.path());
         writeFile(m_tree + "/docs/deep/b", 100 * 1024);
-        writeFile(m_tree + "/docs/report", 300 * 1024);
         makeDir(m_tree + "/empty");
         writeFile(m_tree + "/movie", 700 * 1024);
         m_many = QFile::encodeName(m_dir.path()) + "/many";
@@ -194,18 +53,8 @@ private Q_SLOTS:
             writeFile(m_many + "/f" + QByteArray::number(i), 4096 * (1 + i % 3));
     }
 
-    void init()
-    {
-        g_warnings.clear();
-        qInstallMessageHandler(recordWarnings);
-    }
-
-    void cleanup()
-    {
-        qInstallMessageHandler(nullptr);
-        if (!g_warnings.isEmpty())
-            QFAIL(qPrintable(QStringLiteral("QML warnings:\n") + g_warnings.join(u'\n')));
-    }
+    void init() { recordWarningsFromHere(); }
+    void cleanup() { failOnRecordedWarnings(); }
 
     void screenFollowsModeAndPhase()
     {
@@ -405,6 +254,8 @@ private Q_SLOTS:
         QCOMPARE(w.state->focus().get(), w.state->root().get());
         QTest::mouseDClick(&w.view, Qt::LeftButton, {}, centre(rows[0]));
         QCOMPARE(w.state->focus().get(), child(w.state->root(), "docs"));
+        // The row's hover went with the old view: no tooltip of the new focus at 100 %.
+        QVERIFY(w.state->hovered() != w.state->focus());
 
         // Five thousand children: twelve rows.
         QVERIFY(w.scan(m_many));

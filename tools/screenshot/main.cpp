@@ -2,7 +2,7 @@
 // language, to PNG, offscreen, from made-up states. The chart comes from a
 // real scan of a small generated tree, so what is drawn is what a user sees.
 //
-//   tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME]
+//   tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME] [--scale FACTOR]
 
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
@@ -25,6 +25,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <functional>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -104,12 +105,37 @@ bool buildSampleTree(const QByteArray& root)
         {"Downloads/archive.zip", 800},
         {"Projects/tidewick/build/app", 1200},
         {"Projects/tidewick/src/main.cpp", 30},
+        // Four levels of long names, for the breadcrumb.
+        {"Documents/Очень длинное название папки с проектами/Ausgesprochen lange "
+         "Ordnerbezeichnung für Beispiele/Ещё одна папка с весьма длинным именем/Noch ein "
+         "ziemlich langer Ordnername mit Zusatz/Zusammenfassung.pdf",
+         300},
     };
     for (const Entry& entry : kFiles) {
         const QByteArray path = root + '/' + entry.path;
         if (!QDir().mkpath(QFile::decodeName(path.left(path.lastIndexOf('/')))))
             return false;
         if (!writeFile(path, entry.kib * 1024))
+            return false;
+    }
+    // Beside the home folder, one with a folder deeper than a walk goes,
+    // which stays unread whoever renders: the banners have a real count.
+    QByteArray shared = root.left(root.lastIndexOf('/')) + "/Shared";
+    if (!QDir().mkpath(QFile::decodeName(shared + "/Archive")) ||
+        !writeFile(shared + "/Archive/backup.tar", 2400 * 1024) ||
+        !writeFile(shared + "/notes.txt", 60 * 1024))
+        return false;
+    QByteArray deep = shared + "/Archive/nested";
+    for (int i = 0; i < 130; ++i)
+        deep += "/n";
+    if (!QDir().mkpath(QFile::decodeName(deep)))
+        return false;
+    // A folder of thousands of small files, for the dense ring.
+    const QByteArray dense = root + "/Library/Caches/thumbnails";
+    if (!QDir().mkpath(QFile::decodeName(dense)))
+        return false;
+    for (int i = 0; i < 3000; ++i) {
+        if (!writeFile(dense + "/t" + QByteArray::number(i), 1 + i % 5000))
             return false;
     }
     return true;
@@ -128,6 +154,8 @@ public:
     }
 
     // One screen: a fresh window and state, prepared by `setUp`, then saved.
+    void setSuffix(QString suffix) { m_suffix = std::move(suffix); }
+
     bool shoot(const QString& name, const std::function<bool(AppState&, QQuickView&)>& setUp,
                const DiskAccess* access = nullptr)
     {
@@ -155,7 +183,8 @@ public:
         }
         QTest::qWait(350); // transitions settle
         const QString file = m_outputDir + u'/' + name + u'-' +
-                             languageCode(LocalizationManager::shared().current()) + ".png";
+                             languageCode(LocalizationManager::shared().current()) + m_suffix +
+                             ".png";
         const bool saved = view.grabWindow().save(file);
         std::printf("%s %s\n", saved ? "wrote" : "FAILED", qPrintable(file));
         state.cancelScan();
@@ -169,6 +198,7 @@ private:
     QString m_outputDir;
     QByteArray m_sampleTree;
     QString m_only;
+    QString m_suffix;
     MadeUpVolume m_volume;
 };
 
@@ -236,6 +266,38 @@ bool renderAll(Renderer& renderer)
         QTest::mouseClick(&view, Qt::RightButton, {}, chart->mapToScene(local).toPoint());
         return true;
     });
+    const auto focusOnPath = [&](AppState& state, const QByteArray& relative) {
+        FileNode* node = state.root().tree()->find(tree + '/' + relative);
+        return node && state.focusOn(state.root().sibling(node));
+    };
+    ok &= renderer.shoot(QStringLiteral("chart-longpath"), [&](AppState& state, QQuickView&) {
+        return scanSample(state, tree) &&
+               focusOnPath(state, "Documents/Очень длинное название папки с проектами/"
+                                  "Ausgesprochen lange Ordnerbezeichnung für Beispiele/Ещё одна "
+                                  "папка с весьма длинным именем/Noch ein ziemlich langer "
+                                  "Ordnername mit Zusatz");
+    });
+    ok &= renderer.shoot(QStringLiteral("chart-dense"), [&](AppState& state, QQuickView&) {
+        return scanSample(state, tree) && focusOnPath(state, "Library/Caches/thumbnails");
+    });
+    // The keyboard: Tab into the Largest list, one row down.
+    ok &= renderer.shoot(QStringLiteral("chart-keyboard"), [&](AppState& state, QQuickView& view) {
+        if (!scanSample(state, tree))
+            return false;
+        QTest::qWait(100);
+        QQuickItem* list = findItem(view, "largestList");
+        if (!list)
+            return false;
+        list->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(&view, Qt::Key_Down);
+        return bool(state.hovered());
+    });
+    ok &= renderer.shoot(QStringLiteral("welcome-focus"), [](AppState&, QQuickView& view) {
+        QTest::keyClick(&view, Qt::Key_Tab);
+        QTest::keyClick(&view, Qt::Key_Tab);
+        QTest::keyClick(&view, Qt::Key_Tab);
+        return true;
+    });
     ok &= renderer.shoot(
         QStringLiteral("fda-prompt"),
         [](AppState& state, QQuickView&) {
@@ -243,12 +305,18 @@ bool renderAll(Renderer& renderer)
             return state.fdaPromptForURL().has_value();
         },
         &noGrant);
-    ok &= renderer.shoot(QStringLiteral("fda-banner"), [&](AppState& state, QQuickView&) {
-        if (!scanSample(state, tree))
-            return false;
-        state.setNeedsFullDiskAccess(true);
-        return true;
+    const QByteArray shared = tree.left(tree.lastIndexOf('/')) + "/Shared";
+    ok &= renderer.shoot(QStringLiteral("unreadable-banner"), [&](AppState& state, QQuickView&) {
+        return scanSample(state, shared) && state.showsUnreadableNotice();
     });
+    ok &= renderer.shoot(
+        QStringLiteral("fda-banner"),
+        [&](AppState& state, QQuickView&) {
+            state.startScan(shared, std::nullopt);
+            return waitFor([&] { return state.phase() == AppState::Phase::ready; }) &&
+                   state.needsFullDiskAccess();
+        },
+        &noGrant);
     for (const char* which : {"Movies", "Documents/notes.txt"}) {
         const QString name = QLatin1String(which).contains(u'/') ? QStringLiteral("delete-file")
                                                                  : QStringLiteral("delete-folder");
@@ -292,31 +360,75 @@ bool renderAll(Renderer& renderer)
     return ok;
 }
 
+constexpr const char* kUsage =
+    "usage: tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME] [--scale FACTOR]\n"
+    "Renders every screen and dialog, in each language (or only CODE: en, ru, de, zh),\n"
+    "to OUTPUT_DIR/NAME-CODE.png. --scale 2 renders at a device pixel ratio of 2.\n";
+
+struct Options {
+    QString output;
+    QString language;
+    QString only;
+    QByteArray scale;
+};
+
+// Reads the command line before Qt starts, since the scale must be known
+// then. Anything it does not know is refused rather than taken for a folder.
+std::optional<Options> parseOptions(int argc, char* argv[], bool& help)
+{
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray arg(argv[i]);
+        if (arg == "--help" || arg == "-h") {
+            help = true;
+            return std::nullopt;
+        }
+        if (arg == "--language" || arg == "--only" || arg == "--scale") {
+            if (i + 1 >= argc)
+                return std::nullopt;
+            const QByteArray value(argv[++i]);
+            if (arg == "--language")
+                options.language = QString::fromLocal8Bit(value);
+            else if (arg == "--only")
+                options.only = QString::fromLocal8Bit(value);
+            else
+                options.scale = value;
+            continue;
+        }
+        if (arg.startsWith('-') || !options.output.isEmpty())
+            return std::nullopt;
+        options.output = QString::fromLocal8Bit(arg);
+    }
+    if (options.output.isEmpty())
+        return std::nullopt;
+    if (!options.scale.isEmpty()) {
+        bool number = false;
+        const double factor = options.scale.toDouble(&number);
+        if (!number || factor < 1 || factor > 4)
+            return std::nullopt;
+    }
+    return options;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    bool help = false;
+    const std::optional<Options> options = parseOptions(argc, argv, help);
+    if (!options) {
+        std::fputs(kUsage, help ? stdout : stderr);
+        return help ? (std::fflush(stdout) == 0 ? 0 : 1) : 2;
+    }
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!options->scale.isEmpty())
+        qputenv("QT_SCALE_FACTOR", options->scale);
     QGuiApplication app(argc, argv);
     // Switching languages here must not change the user's own choice.
     QStandardPaths::setTestModeEnabled(true);
     QQuickStyle::setStyle(QStringLiteral("Fusion"));
-    QStringList args = QGuiApplication::arguments();
-    args.removeFirst();
-    if (args.isEmpty()) {
-        std::fputs("usage: tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME]\n",
-                   stderr);
-        return 2;
-    }
-    const QString output = args.takeFirst();
-    QString onlyLanguage;
-    QString onlyScreen;
-    while (!args.isEmpty()) {
-        const QString flag = args.takeFirst();
-        if (args.isEmpty())
-            return 2;
-        (flag == QLatin1String("--language") ? onlyLanguage : onlyScreen) = args.takeFirst();
-    }
+    const QString output = options->output;
+    const QString onlyLanguage = options->language;
     if (!QDir().mkpath(output))
         return 1;
     QTemporaryDir scratch;
@@ -325,7 +437,9 @@ int main(int argc, char* argv[])
         return 1;
 
     Renderer renderer(output, tree);
-    renderer.setOnly(onlyScreen);
+    renderer.setOnly(options->only);
+    if (!options->scale.isEmpty() && options->scale.toDouble() != 1.0)
+        renderer.setSuffix(u'@' + QString::fromLatin1(options->scale) + u'x');
     bool ok = true;
     for (const Language language :
          {Language::english, Language::russian, Language::german, Language::chinese}) {

@@ -1,0 +1,191 @@
+#pragma once
+
+// A window of the screens for tests: its own AppState over a fixed volume
+// and a chosen Full Disk Access answer, the ContentView loaded offscreen,
+// and ways to find items and move the pointer. Any QML warning is recorded
+// so the test that produced it can fail.
+
+#include "TestFiles.h"
+#include "app/AppState.h"
+#include "app/DiskAccess.h"
+#include "chart/SunburstLayout.h"
+#include "platform/VolumeFacts.h"
+#include "localization/LocalizationManager.h"
+#include "screens/ScreensSetup.h"
+
+#include <QQuickStyle>
+#include <QStandardPaths>
+
+#include <QQuickItem>
+#include <QQuickView>
+#include <QtTest>
+#include <functional>
+#include <memory>
+
+namespace tw::test {
+
+inline QStringList g_warnings;
+
+inline void recordWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg)
+        g_warnings.append(message);
+}
+
+// Once per test program: the test's own settings, the Fusion style, English.
+inline void prepareScreens()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QQuickStyle::setStyle(QStringLiteral("Fusion"));
+    LocalizationManager::shared().setCurrent(Language::english);
+}
+
+// A small home folder under `base`: docs (deep/a, report) to fill in further.
+inline QByteArray makeHomeTree(const QString& base)
+{
+    const QByteArray home = QFile::encodeName(base) + "/home";
+    makeDir(home);
+    makeDir(home + "/docs");
+    makeDir(home + "/docs/deep");
+    writeFile(home + "/docs/deep/a", 400 * 1024);
+    writeFile(home + "/docs/report", 300 * 1024);
+    return home;
+}
+
+// A test's init and cleanup: from here on every warning is recorded, and
+// the test fails at its end if there was one.
+inline void recordWarningsFromHere()
+{
+    g_warnings.clear();
+    qInstallMessageHandler(recordWarnings);
+}
+inline void failOnRecordedWarnings()
+{
+    qInstallMessageHandler(nullptr);
+    if (!g_warnings.isEmpty())
+        QFAIL(qPrintable(QStringLiteral("QML warnings:\n") + g_warnings.join(u'\n')));
+}
+
+inline constexpr qint64 kGB = 1000LL * 1000 * 1000;
+
+class FixedVolume : public VolumeFacts {
+public:
+    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
+    {
+        return m_capacity;
+    }
+    VolumeInfo::Medium medium(const QByteArray&) const override
+    {
+        return VolumeInfo::Medium::solidState;
+    }
+    std::optional<VolumeInfo::Capacity> m_capacity =
+        VolumeInfo::Capacity{500 * kGB, 400 * kGB, 400 * kGB};
+};
+
+class Access : public DiskAccess {
+public:
+    bool requiresFullDiskAccess(const QByteArray& path) const override
+    {
+        return path.endsWith("/protected");
+    }
+    bool hasFullDiskAccess() const override { return m_granted; }
+    bool m_granted = true;
+};
+
+// One window with its own AppState.
+struct Window {
+    explicit Window(const VolumeFacts& volumes, const DiskAccess& access,
+                    std::function<std::optional<QString>(const QByteArray&)> recycle = {})
+    {
+        AppState::Services services;
+        services.recycle = std::move(recycle);
+        services.volumes = &volumes;
+        services.diskAccess = &access;
+        services.scannerOptions.workers = 1;
+        state = std::make_unique<AppState>(services);
+        installScreens(*view.engine());
+        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(state.get())}});
+        view.setResizeMode(QQuickView::SizeRootObjectToView);
+        view.resize(1080, 720);
+        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
+        view.show();
+    }
+    ~Window() { state->cancelScan(); }
+
+    // Searches the visual tree, which also holds what Repeaters and Loaders made.
+    static QQuickItem* findIn(QQuickItem* at, const QString& name)
+    {
+        if (at->objectName() == name)
+            return at;
+        for (QQuickItem* child : at->childItems()) {
+            if (QQuickItem* found = findIn(child, name))
+                return found;
+        }
+        return nullptr;
+    }
+    QQuickItem* item(const char* name) const
+    {
+        return findIn(view.contentItem(), QString::fromLatin1(name));
+    }
+    bool shows(const char* name) const
+    {
+        QQuickItem* found = item(name);
+        return found && found->isVisible();
+    }
+    bool scan(const QByteArray& path)
+    {
+        state->requestScan(path);
+        if (!QTest::qWaitFor([&] { return state->phase() == AppState::Phase::ready; }, 20000))
+            return false;
+        QTest::qWait(50); // the chart screen's first layout
+        return true;
+    }
+    // The scene point in the middle of the sector drawn for `node`.
+    QPoint pointOf(const FileNode* node) const
+    {
+        QQuickItem* chart = item("sunburst");
+        const std::vector<Segment> segments =
+            buildSegments(state->focus().get(), chart->width(), chart->height());
+        const ChartGeometry g = chartGeometry(chart->width(), chart->height());
+        for (const Segment& s : segments) {
+            if (s.node == node) {
+                const double a = (s.startAngle + s.endAngle) / 2;
+                const double r = (s.innerRadius + s.outerRadius) / 2;
+                return chart
+                    ->mapToScene(QPointF(g.centreX + r * std::sin(a), g.centreY - r * std::cos(a)))
+                    .toPoint();
+            }
+        }
+        return {};
+    }
+    QPoint chartCentre() const
+    {
+        QQuickItem* chart = item("sunburst");
+        return chart->mapToScene(QPointF(chart->width() / 2, chart->height() / 2)).toPoint();
+    }
+    QPoint centreOf(const char* name) const
+    {
+        QQuickItem* found = item(name);
+        return found->mapToScene(QPointF(found->width() / 2, found->height() / 2)).toPoint();
+    }
+    // A pointer arrives: two moves, as the first into a window may not hover.
+    void moveTo(QPoint at)
+    {
+        QTest::mouseMove(&view, at + QPoint(1, 1));
+        QTest::mouseMove(&view, at);
+    }
+
+    std::unique_ptr<AppState> state;
+    QQuickView view;
+};
+
+inline FileNode* child(const FileNode& parent, const char* name)
+{
+    return const_cast<FileNode*>(childNamed(parent, name));
+}
+inline FileNode* child(const NodeRef& parent, const char* name)
+{
+    return child(*parent, name);
+}
+
+} // namespace tw::test

@@ -111,6 +111,13 @@ const Table& chinese()
         {"appstore.limited.diagram", "沙盒限制使部分文件夹未包含在此次扫描中。"},
         {"appstore.limited.uninstall", "~/Library 中的部分相关文件可能被沙盒隐藏。"},
         {"appstore.limited.cta", "获取完整版"},
+        {"details.unseen", "扫描未见的空间"},
+        {"details.unseen.help", "该卷占用的空间多于扫描能列出的文件。其余部分已知包括："},
+        {"details.unseen.snapshots", "本地 Time Machine 快照：%d"},
+        {"details.unseen.purgeable", "可清除空间：%@"},
+        {"details.unseen.reserved", "为系统管理员保留：%@"},
+        {"details.unseen.unreadable", "无法读取的文件夹：%d"},
+        {"details.unseen.system", "系统数据及其他：%@"},
     }};
     return table;
 }

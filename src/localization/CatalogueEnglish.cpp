@@ -111,6 +111,13 @@ const Table& english()
         {"appstore.limited.diagram", "Sandbox restrictions hide some folders from this scan."},
         {"appstore.limited.uninstall", "Some related files in ~/Library may be hidden by the sandbox."},
         {"appstore.limited.cta", "Get full version"},
+        {"details.unseen", "Not seen by the scan"},
+        {"details.unseen.help", "The volume uses more space than the files the scan could list. What is known to take up the rest:"},
+        {"details.unseen.snapshots", "Local Time Machine snapshots: %d"},
+        {"details.unseen.purgeable", "Purgeable space: %@"},
+        {"details.unseen.reserved", "Reserved for the system administrator: %@"},
+        {"details.unseen.unreadable", "Folders that could not be read: %d"},
+        {"details.unseen.system", "System data and everything else: %@"},
     }};
     return table;
 }

@@ -112,6 +112,13 @@ const Table& german()
         {"appstore.limited.diagram", "Sandbox-Beschränkungen verbergen einige Ordner vor diesem Scan."},
         {"appstore.limited.uninstall", "Einige zugehörige Dateien in ~/Library können durch die Sandbox verborgen sein."},
         {"appstore.limited.cta", "Vollversion herunterladen"},
+        {"details.unseen", "Vom Scan nicht erfasst"},
+        {"details.unseen.help", "Das Volume belegt mehr Platz als die Dateien, die der Scan finden konnte. Bekannt ist über den Rest:"},
+        {"details.unseen.snapshots", "Lokale Time Machine-Snapshots: %d"},
+        {"details.unseen.purgeable", "Freigebbarer Speicher: %@"},
+        {"details.unseen.reserved", "Für den Systemadministrator reserviert: %@"},
+        {"details.unseen.unreadable", "Nicht lesbare Ordner: %d"},
+        {"details.unseen.system", "Systemdaten und Sonstiges: %@"},
     }};
     return table;
 }

@@ -112,6 +112,13 @@ const Table& russian()
         {"appstore.limited.diagram", "Из-за ограничений песочницы некоторые папки не попали в это сканирование."},
         {"appstore.limited.uninstall", "Некоторые связанные файлы в ~/Library могут быть скрыты песочницей."},
         {"appstore.limited.cta", "Получить полную версию"},
+        {"details.unseen", "Не видно сканированию"},
+        {"details.unseen.help", "Том занимает больше места, чем файлы, найденные сканированием. Что известно об остальном:"},
+        {"details.unseen.snapshots", "Локальные снимки Time Machine: %d"},
+        {"details.unseen.purgeable", "Очищаемое место: %@"},
+        {"details.unseen.reserved", "Резерв для администратора системы: %@"},
+        {"details.unseen.unreadable", "Папки, которые не удалось прочитать: %d"},
+        {"details.unseen.system", "Системные данные и прочее: %@"},
     }};
     return table;
 }

@@ -13,6 +13,11 @@ Item {
     signal scanHome()
     signal pickFolder()
     signal thinSnapshots()
+    // Each time the screen comes into view, so the snapshot count is fresh.
+    signal appeared()
+
+    onVisibleChanged: if (visible) appeared()
+    Component.onCompleted: if (visible) appeared()
 
     ColumnLayout {
         anchors.centerIn: parent
@@ -90,6 +95,9 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             visible: welcome.localSnapshotCount >= 1
             enabled: !welcome.thinning
+            readonly property string label: Loc.strings["welcome.thinSnapshots"].replace("%d", welcome.localSnapshotCount)
+            Accessible.name: label
+            Accessible.description: Loc.strings["welcome.thinSnapshots.help"]
             padding: 4
             leftPadding: 10
             rightPadding: 10
@@ -103,7 +111,7 @@ Item {
                 }
                 Text {
                     anchors.verticalCenter: parent.verticalCenter
-                    text: Loc.strings["welcome.thinSnapshots"].replace("%d", welcome.localSnapshotCount)
+                    text: reclaim.label
                     font.pixelSize: 13
                     color: Style.primary
                 }

@@ -213,9 +213,16 @@ Rectangle {
                     visible: unseenInfo.activeFocus
                 }
                 HoverHandler { id: unseenHover }
-                ToolTip.visible: helpShown
-                ToolTip.delay: activeFocus ? 0 : 600
-                ToolTip.text: unseen.helpText
+                ToolTip {
+                    objectName: "unseenHelp"
+                    visible: unseenInfo.helpShown
+                    delay: 600
+                    text: unseen.helpText
+                    // Several lines of help: wrapped, and kept inside the window.
+                    width: Math.min(implicitWidth, 360)
+                    x: unseenInfo.width - width
+                    y: -height - 6
+                }
             }
         }
     }

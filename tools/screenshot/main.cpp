@@ -328,6 +328,7 @@ bool renderAll(Renderer& renderer)
                 return false;
             // As a keyboard user reaches it: the help shows at once.
             info->forceActiveFocus(Qt::TabFocusReason);
+            QTest::qWait(700);
             return true;
         },
         nullptr, tree);

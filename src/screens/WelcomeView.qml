@@ -103,6 +103,8 @@ Item {
             rightPadding: 10
             contentItem: Row {
                 spacing: 6
+                // Disabled while a reclaim runs: the count stays, dimmed.
+                opacity: reclaim.enabled ? 1 : 0.4
                 SymbolIcon {
                     anchors.verticalCenter: parent.verticalCenter
                     symbol: "clock.arrow.circlepath"

@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 
 #include "platform/FileReveal.h"
+#include "platform/ProcessRunner.h"
 #include "platform/VolumeFacts.h"
 #include "screens/FullDiskAccess.h"
 
@@ -24,6 +25,8 @@ AppState::AppState(Services services, QObject* parent) : QObject(parent), m_serv
         m_services.diskAccess = &systemDiskAccess();
     if (!m_services.reveal)
         m_services.reveal = &systemFileReveal();
+    if (!m_services.processes)
+        m_services.processes = &systemProcessRunner();
 }
 
 AppState::~AppState()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/UnseenSpace.h"
 #include "scan/FileNode.h"
 #include "scan/ScanProgress.h"
 #include "scan/Scanner.h"
@@ -18,6 +19,7 @@ namespace tw {
 
 class DiskAccess;
 class FileReveal;
+class ProcessRunner;
 class VolumeFacts;
 
 // The window's one observable state: the current scan, the tree, where the
@@ -65,6 +67,9 @@ public:
         // Moves one item to the Trash; answers the failure's message, or
         // nothing on success. Runs on a worker thread. The system's Trash if empty.
         std::function<std::optional<QString>(const QByteArray& path)> recycle;
+        // Starts the snapshot tool; the system's if null. Called from worker
+        // threads, so it must outlive any tool call that is running.
+        const ProcessRunner* processes = nullptr;
     };
 
     explicit AppState(QObject* parent = nullptr);
@@ -81,9 +86,8 @@ public:
     [[nodiscard]] bool hasDeleteCandidate() const { return bool(m_deleteCandidate); }
     [[nodiscard]] QString errorMessage() const { return m_errorMessage.value_or(QString()); }
     [[nodiscard]] bool hasErrorMessage() const { return m_errorMessage.has_value(); }
-    // Local snapshots: counted and thinned by the snapshot service, which is
-    // not part of this build yet, so the count stays 0 and the welcome
-    // screen offers no reclaim.
+    // Local snapshots of the startup volume, as the snapshot tool counts them;
+    // always 0 where there is no such tool (Linux).
     [[nodiscard]] int localSnapshotCount() const { return m_localSnapshotCount; }
     [[nodiscard]] bool thinningSnapshots() const { return m_thinningSnapshots; }
     [[nodiscard]] bool confirmThinSnapshots() const { return m_confirmThinSnapshots; }
@@ -98,6 +102,11 @@ public:
     [[nodiscard]] const std::optional<VolumeInfo::Capacity>& volumeCapacity() const { return m_volumeCapacity; }
     [[nodiscard]] Mode mode() const { return m_mode; }
     [[nodiscard]] const std::optional<QByteArray>& rootURL() const { return m_rootURL; }
+    // The used space of the scanned volume that the walk could not see; only
+    // when the scan's root is the mount point of its volume.
+    [[nodiscard]] const std::optional<UnseenSpace>& unseenSpace() const { return m_unseenSpace; }
+    // Folders of the current tree that could not be read.
+    [[nodiscard]] qint64 unreadableFolderCount() const;
 
     static QString toText(Mode mode);
     static std::optional<Mode> modeFromText(QStringView text);
@@ -141,9 +150,12 @@ public:
     // The error alert's "OK".
     Q_INVOKABLE void clearErrorMessage() { setErrorMessage(std::nullopt); }
     void setConfirmThinSnapshots(bool open);
-    // The confirmation's "Reclaim". The snapshot service is not part of this
-    // build yet: this closes the confirmation and thins nothing.
-    Q_INVOKABLE void thinSnapshots() { setConfirmThinSnapshots(false); }
+    // Counts the local snapshots again, off the GUI thread (the welcome
+    // screen, when it appears).
+    Q_INVOKABLE void refreshSnapshotCount();
+    // The confirmation's "Reclaim": asks the system to evict local snapshots
+    // and tells what came back. Does nothing while a reclaim runs.
+    Q_INVOKABLE void thinSnapshots();
     void setThinResultMessage(std::optional<QString> message);
     // The thinning result alert's "OK".
     Q_INVOKABLE void clearThinResultMessage() { setThinResultMessage(std::nullopt); }
@@ -169,11 +181,16 @@ Q_SIGNALS:
     void deletionFinished(bool succeeded);
     void errorMessageChanged();
     void snapshotsChanged();
+    // Every thinning request when it ends, with what it freed (0 too).
+    void snapshotsThinned(qint64 freedBytes);
+    void unseenSpaceChanged();
 
 private:
     void applyReport(const QUuid& stamp, const ScanProgress& report);
     void finishScan(const QUuid& stamp, const std::shared_ptr<ScanTree>& tree, const QByteArray& path,
-                    const std::optional<QByteArray>& restoreFocusPath);
+                    const std::optional<QByteArray>& restoreFocusPath, const std::optional<MountSurvey>& survey);
+    void setUnseenSpace(std::optional<UnseenSpace> unseen);
+    void finishThinning(qint64 before, qint64 after, int count);
     void setPhase(Phase phase, const ScanProgress& progress = {});
     void setRoot(NodeRef root);
     void setFocus(NodeRef focus);
@@ -195,6 +212,8 @@ private:
     bool m_thinningSnapshots = false;
     bool m_confirmThinSnapshots = false;
     std::optional<QString> m_thinResultMessage;
+    quint64 m_snapshotCountRequest = 0; // only the latest count is kept
+    std::optional<UnseenSpace> m_unseenSpace;
     bool m_needsFullDiskAccess = false;
     qint64 m_inaccessibleCount = 0;
     bool m_showsUnreadableNotice = false;

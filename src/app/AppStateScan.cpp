@@ -64,12 +64,16 @@ void AppState::startScan(const QByteArray& path, const std::optional<QByteArray>
     auto scanner = std::make_shared<Scanner>(std::move(handler), m_services.scannerOptions);
     m_scanner = scanner;
 
-    std::thread([scanner, relay, self, stamp, path, restoreFocusPath] {
+    const VolumeFacts* volumes = m_services.volumes;
+    const ProcessRunner* processes = m_services.processes;
+    std::thread([scanner, relay, self, stamp, path, restoreFocusPath, volumes, processes] {
         std::shared_ptr<ScanTree> tree = scanner->scan(path);
+        // Right after the walk, so the volume's figures match what it saw.
+        const std::optional<MountSurvey> survey = surveyMount(path, *volumes, *processes);
         QMetaObject::invokeMethod(
-            relay, [relay, self, stamp, tree, path, restoreFocusPath] {
+            relay, [relay, self, stamp, tree, path, restoreFocusPath, survey] {
                 if (self)
-                    self->finishScan(stamp, tree, path, restoreFocusPath);
+                    self->finishScan(stamp, tree, path, restoreFocusPath, survey);
                 relay->deleteLater();
             },
             Qt::QueuedConnection);
@@ -87,7 +91,8 @@ void AppState::applyReport(const QUuid& stamp, const ScanProgress& report)
 }
 
 void AppState::finishScan(const QUuid& stamp, const std::shared_ptr<ScanTree>& tree, const QByteArray& path,
-                          const std::optional<QByteArray>& restoreFocusPath)
+                          const std::optional<QByteArray>& restoreFocusPath,
+                          const std::optional<MountSurvey>& survey)
 {
     if (stamp != m_scanGeneration)
         return;
@@ -104,6 +109,8 @@ void AppState::finishScan(const QUuid& stamp, const std::shared_ptr<ScanTree>& t
     setFocus(focus);
     setHovered({});
     setVolumeCapacity(m_services.volumes->capacity(path));
+    setUnseenSpace(survey ? std::optional(unseenSpaceFrom(*survey, root->size(), unreadableFolderCount()))
+                          : std::nullopt);
     setPhase(Phase::ready);
     setRefreshing(false);
     // The notice only when something was missed and the grant could have helped.
@@ -145,8 +152,22 @@ void AppState::resetToWelcome()
     setDeleteCandidate({});
     m_rootURL.reset();
     setVolumeCapacity(std::nullopt);
+    setUnseenSpace(std::nullopt);
     setRefreshing(false);
     setPhase(Phase::welcome);
+}
+
+qint64 AppState::unreadableFolderCount() const
+{
+    return m_root ? m_root->inaccessibleCount() : 0;
+}
+
+void AppState::setUnseenSpace(std::optional<UnseenSpace> unseen)
+{
+    if (m_unseenSpace == unseen)
+        return;
+    m_unseenSpace = std::move(unseen);
+    Q_EMIT unseenSpaceChanged();
 }
 
 } // namespace tw

@@ -117,6 +117,13 @@ const Table& chinese()
         {"scan.unreadable.body", "显示的大小中不包含它们的内容。"},
         {"scan.unreadable.mark", "无法读取"},
         {"common.dismiss", "关闭"},
+        {"details.unseen", "扫描未见的空间"},
+        {"details.unseen.help", "该卷占用的空间多于扫描能列出的文件。其余部分已知包括："},
+        {"details.unseen.snapshots", "本地 Time Machine 快照：%d"},
+        {"details.unseen.purgeable", "可清除空间：%@"},
+        {"details.unseen.reserved", "为系统管理员保留：%@"},
+        {"details.unseen.unreadable", "无法读取的文件夹：%d"},
+        {"details.unseen.system", "系统数据及其他：%@"},
     }};
     return table;
 }

@@ -117,6 +117,13 @@ const Table& english()
         {"scan.unreadable.body", "Their contents are missing from the sizes shown."},
         {"scan.unreadable.mark", "Could not be read"},
         {"common.dismiss", "Dismiss"},
+        {"details.unseen", "Not seen by the scan"},
+        {"details.unseen.help", "The volume uses more space than the files the scan could list. What is known to take up the rest:"},
+        {"details.unseen.snapshots", "Local Time Machine snapshots: %d"},
+        {"details.unseen.purgeable", "Purgeable space: %@"},
+        {"details.unseen.reserved", "Reserved for the system administrator: %@"},
+        {"details.unseen.unreadable", "Folders that could not be read: %d"},
+        {"details.unseen.system", "System data and everything else: %@"},
     }};
     return table;
 }

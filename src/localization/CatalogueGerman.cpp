@@ -118,6 +118,13 @@ const Table& german()
         {"scan.unreadable.body", "Ihr Inhalt fehlt in den angezeigten Größen."},
         {"scan.unreadable.mark", "Konnte nicht gelesen werden"},
         {"common.dismiss", "Ausblenden"},
+        {"details.unseen", "Vom Scan nicht erfasst"},
+        {"details.unseen.help", "Das Volume belegt mehr Platz als die Dateien, die der Scan finden konnte. Bekannt ist über den Rest:"},
+        {"details.unseen.snapshots", "Lokale Time Machine-Snapshots: %d"},
+        {"details.unseen.purgeable", "Freigebbarer Speicher: %@"},
+        {"details.unseen.reserved", "Für den Systemadministrator reserviert: %@"},
+        {"details.unseen.unreadable", "Nicht lesbare Ordner: %d"},
+        {"details.unseen.system", "Systemdaten und Sonstiges: %@"},
     }};
     return table;
 }

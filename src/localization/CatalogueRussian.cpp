@@ -118,6 +118,13 @@ const Table& russian()
         {"scan.unreadable.body", "Их содержимое не учтено в показанных размерах."},
         {"scan.unreadable.mark", "Не удалось прочитать"},
         {"common.dismiss", "Скрыть"},
+        {"details.unseen", "Не видно сканированию"},
+        {"details.unseen.help", "Том занимает больше места, чем файлы, найденные сканированием. Что известно об остальном:"},
+        {"details.unseen.snapshots", "Локальные снимки Time Machine: %d"},
+        {"details.unseen.purgeable", "Очищаемое место: %@"},
+        {"details.unseen.reserved", "Резерв для администратора системы: %@"},
+        {"details.unseen.unreadable", "Папки, которые не удалось прочитать: %d"},
+        {"details.unseen.system", "Системные данные и прочее: %@"},
     }};
     return table;
 }

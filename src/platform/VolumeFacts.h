@@ -12,6 +12,13 @@ public:
     virtual ~VolumeFacts() = default;
     [[nodiscard]] virtual std::optional<VolumeInfo::Capacity> capacity(const QByteArray& path) const = 0;
     [[nodiscard]] virtual VolumeInfo::Medium medium(const QByteArray& path) const = 0;
+    // The whole volume, asked only when `path` is its mount point; none for
+    // any other folder, or when the system does not say.
+    [[nodiscard]] virtual std::optional<VolumeInfo::MountUsage> mountUsage(const QByteArray& path) const
+    {
+        (void)path;
+        return std::nullopt;
+    }
 };
 
 // The running system's answers; lives for the whole process.

@@ -2,6 +2,8 @@
 
 #include "platform/VolumeFacts.h"
 
+#include <algorithm>
+
 namespace tw::VolumeInfo {
 
 std::optional<Capacity> capacity(const QByteArray& path)
@@ -25,6 +27,20 @@ std::optional<Capacity> capacityFrom(std::optional<qint64> total, std::optional<
     // Counts purgeable space where the platform knows it; the figure users see.
     out.free = availableForImportantUsage.value_or(out.rawFree);
     return out;
+}
+
+std::optional<qint64> purgeableFrom(std::optional<qint64> available, std::optional<qint64> availableForImportantUsage)
+{
+    if (!available || !availableForImportantUsage)
+        return std::nullopt;
+    return std::max<qint64>(*availableForImportantUsage - *available, 0);
+}
+
+qint64 reservedFrom(quint64 freeBlocks, quint64 availableBlocks, quint64 blockSize)
+{
+    if (freeBlocks <= availableBlocks)
+        return 0;
+    return qint64((freeBlocks - availableBlocks) * blockSize);
 }
 
 Medium mediumFromType(QStringView mediumType)

@@ -28,6 +28,19 @@ struct Capacity {
 
 enum class Medium { solidState, rotational, network, unknown };
 
+// A mounted volume as a whole, for telling how much of its used space a walk
+// from its mount point could not see. The parts are present where the
+// platform knows them: purgeable space on macOS, the blocks only the
+// superuser may fill on Linux.
+struct MountUsage {
+    Capacity capacity;
+    std::optional<qint64> purgeable;
+    std::optional<qint64> reserved;
+    // Everything not free for the user: files, and whatever hides beside them.
+    [[nodiscard]] qint64 used() const { return capacity.total > capacity.rawFree ? capacity.total - capacity.rawFree : 0; }
+    bool operator==(const MountUsage&) const = default;
+};
+
 // Asks the running system. capacity() blocks briefly; medium() may take
 // milliseconds and is meant for worker threads.
 [[nodiscard]] std::optional<Capacity> capacity(const QByteArray& path);
@@ -41,6 +54,12 @@ enum class Medium { solidState, rotational, network, unknown };
                                                    std::optional<qint64> availableForImportantUsage);
 // From the storage driver's "Medium Type" text.
 [[nodiscard]] Medium mediumFromType(QStringView mediumType);
+// What the system could free for important use beyond the free blocks; none
+// unless both figures are known, never below 0.
+[[nodiscard]] std::optional<qint64> purgeableFrom(std::optional<qint64> available,
+                                                  std::optional<qint64> availableForImportantUsage);
+// Free blocks that only the superuser may fill, in bytes.
+[[nodiscard]] qint64 reservedFrom(quint64 freeBlocks, quint64 availableBlocks, quint64 blockSize);
 [[nodiscard]] QString toText(Medium medium);
 
 } // namespace VolumeInfo

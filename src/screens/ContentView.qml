@@ -74,6 +74,7 @@ Item {
                 onScanHome: content.appState.requestScan(screensModel.homePath)
                 onPickFolder: folderDialog.open()
                 onThinSnapshots: content.appState.confirmThinSnapshots = true
+                onAppeared: content.appState.refreshSnapshotCount()
             }
             ScanProgressView {
                 objectName: "progressScreen"

@@ -19,6 +19,10 @@ Rectangle {
         id: rows
         state: panel.appState
     }
+    UnseenSpaceModel {
+        id: unseen
+        state: panel.appState
+    }
     NodeActions {
         id: actions
         state: panel.appState
@@ -194,6 +198,87 @@ Rectangle {
                         if (mouse.button === Qt.RightButton && actions.takeRow(rows, row.index))
                             menu.popup(row, mouse.x, mouse.y);
                     }
+                }
+            }
+        }
+
+        // At the foot while the scanned volume's root is focused: the used
+        // space that no file walk could see.
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Style.divider
+            visible: unseen.shown
+        }
+        RowLayout {
+            objectName: "unseenRow"
+            Layout.fillWidth: true
+            Layout.margins: 6
+            Layout.leftMargin: 16
+            Layout.rightMargin: 10
+            visible: unseen.shown
+            spacing: 10
+
+            SymbolIcon {
+                Layout.preferredWidth: 16
+                symbol: "internaldrive"
+                tint: Style.secondary
+                size: 16
+            }
+            Column {
+                Layout.fillWidth: true
+                spacing: 2
+                Text {
+                    width: parent.width
+                    text: Loc.strings["details.unseen"]
+                    font.pixelSize: 12
+                    font.weight: Font.Medium
+                    color: Style.primary
+                    elide: Text.ElideRight
+                }
+                Text {
+                    objectName: "unseenSize"
+                    text: unseen.sizeText
+                    font.pixelSize: 10
+                    font.weight: Font.Medium
+                    color: Style.secondary
+                }
+            }
+            Item {
+                id: unseenInfo
+                objectName: "unseenInfo"
+                implicitWidth: 22
+                implicitHeight: 22
+                activeFocusOnTab: true
+                Accessible.role: Accessible.Button
+                Accessible.name: Loc.strings["details.unseen"]
+                Accessible.description: unseen.helpText
+                readonly property bool helpShown: unseenHover.hovered || activeFocus
+
+                SymbolIcon {
+                    anchors.centerIn: parent
+                    symbol: "info.circle"
+                    tint: Style.secondary
+                    size: 13
+                }
+                Rectangle {
+                    anchors.fill: parent
+                    radius: width / 2
+                    color: "transparent"
+                    border.color: Style.accent
+                    border.width: 2
+                    visible: unseenInfo.activeFocus
+                }
+                HoverHandler { id: unseenHover }
+                ToolTip {
+                    objectName: "unseenHelp"
+                    visible: unseenInfo.helpShown
+                    delay: 600
+                    text: unseen.helpText
+                    // Several lines of help: wrapped, and kept inside the window.
+                    width: Math.min(implicitWidth, 360)
+                    x: unseenInfo.width - width
+                    y: -height - 6
                 }
             }
         }

@@ -4,6 +4,7 @@
 // registrations live here, beside the module that uses them.
 
 #include "app/AppState.h"
+#include "app/UnseenSpace.h"
 #include "chart/ChartCompanions.h"
 #include "chart/ChartScreenModel.h"
 #include "chart/NodeActions.h"
@@ -42,6 +43,12 @@ struct ScreensModelForeign {
     Q_GADGET
     QML_FOREIGN(tw::ScreensModel)
     QML_NAMED_ELEMENT(ScreensModel)
+};
+
+struct UnseenSpaceForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::UnseenSpaceModel)
+    QML_NAMED_ELEMENT(UnseenSpaceModel)
 };
 
 } // namespace tw::qml

@@ -14,6 +14,11 @@ Item {
     signal scanHome()
     signal pickFolder()
     signal thinSnapshots()
+    // Each time the screen comes into view, so the snapshot count is fresh.
+    signal appeared()
+
+    onVisibleChanged: if (visible) appeared()
+    Component.onCompleted: if (visible) appeared()
 
     ColumnLayout {
         anchors.centerIn: parent
@@ -97,11 +102,16 @@ Item {
             Layout.alignment: Qt.AlignHCenter
             visible: welcome.localSnapshotCount >= 1
             enabled: !welcome.thinning
+            readonly property string label: Loc.strings["welcome.thinSnapshots"].replace("%d", welcome.localSnapshotCount)
+            Accessible.name: label
+            Accessible.description: Loc.strings["welcome.thinSnapshots.help"]
             padding: 4
             leftPadding: 10
             rightPadding: 10
             contentItem: Row {
                 spacing: 6
+                // Disabled while a reclaim runs: the count stays, dimmed.
+                opacity: reclaim.enabled ? 1 : 0.4
                 SymbolIcon {
                     anchors.verticalCenter: parent.verticalCenter
                     symbol: "clock.arrow.circlepath"
@@ -110,7 +120,7 @@ Item {
                 }
                 Text {
                     anchors.verticalCenter: parent.verticalCenter
-                    text: Loc.strings["welcome.thinSnapshots"].replace("%d", welcome.localSnapshotCount)
+                    text: reclaim.label
                     font.pixelSize: 13
                     color: Style.primary
                 }

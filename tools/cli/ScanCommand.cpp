@@ -1,5 +1,8 @@
 #include "ScanCommand.h"
 
+#include "app/UnseenSpace.h"
+#include "platform/ProcessRunner.h"
+#include "platform/VolumeFacts.h"
 #include "scan/Scanner.h"
 
 #include <QFile>
@@ -79,6 +82,24 @@ void writeJsonString(std::FILE* out, const QString& text)
     std::fputc('"', out);
 }
 
+// When the root is a mount point: the volume's used space the walk could not
+// see, and the parts known to be in it.
+void writeUnseen(std::FILE* out, const FileNode& root)
+{
+    const auto survey = surveyMount(root.path(), systemVolumeFacts(), systemProcessRunner());
+    if (!survey)
+        return;
+    const UnseenSpace unseen = unseenSpaceFrom(*survey, root.size(), root.inaccessibleCount());
+    std::fprintf(out, ",\"unseen\":{\"bytes\":%lld,\"unreadableFolders\":%lld,\"localSnapshots\":%lld",
+                 static_cast<long long>(unseen.bytes), static_cast<long long>(unseen.unreadableFolders),
+                 static_cast<long long>(unseen.localSnapshots));
+    if (unseen.purgeable)
+        std::fprintf(out, ",\"purgeableBytes\":%lld", static_cast<long long>(*unseen.purgeable));
+    if (unseen.reserved)
+        std::fprintf(out, ",\"reservedBytes\":%lld", static_cast<long long>(*unseen.reserved));
+    std::fprintf(out, ",\"otherBytes\":%lld}", static_cast<long long>(unseen.otherBytes()));
+}
+
 void writeJson(std::FILE* out, const FileNode& node, int depth, std::optional<int> maxDepth)
 {
     std::fputs("{\"name\":", out);
@@ -103,7 +124,10 @@ void writeJson(std::FILE* out, const FileNode& node, int depth, std::optional<in
             writeJson(out, child, depth + 1, maxDepth);
         }
     }
-    std::fputs("]}", out);
+    std::fputc(']', out);
+    if (node.isRoot())
+        writeUnseen(out, node);
+    std::fputc('}', out);
 }
 
 void writeText(std::FILE* out, const FileNode& node, int depth, int maxDepth)

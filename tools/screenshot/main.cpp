@@ -7,7 +7,9 @@
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
 #include "localization/LocalizationManager.h"
+#include "platform/ProcessRunner.h"
 #include "platform/VolumeFacts.h"
+#include "localization/TextFormat.h"
 #include "scan/FileNode.h"
 #include "screens/ScreensSetup.h"
 
@@ -22,6 +24,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 #include <cstdio>
 #include <fcntl.h>
 #include <functional>
@@ -48,6 +51,28 @@ public:
     VolumeInfo::Medium medium(const QByteArray&) const override
     {
         return VolumeInfo::Medium::solidState;
+    }
+    // The sample tree stands for a whole volume, with some purgeable space.
+    std::optional<VolumeInfo::MountUsage> mountUsage(const QByteArray& path) const override
+    {
+        if (path != mountPoint)
+            return std::nullopt;
+        return VolumeInfo::MountUsage{*capacity(path), 12 * kGB, std::nullopt};
+    }
+    QByteArray mountPoint;
+};
+
+// A tmutil with three local snapshots; thinning takes its time.
+class MadeUpTmutil : public ProcessRunner {
+public:
+    std::optional<QByteArray> run(const QString&, const QStringList& arguments) const override
+    {
+        if (arguments.value(0) == QLatin1String("thinlocalsnapshots"))
+            QThread::sleep(2);
+        return QByteArray("Snapshots for disk /:\n"
+                          "com.apple.TimeMachine.2026-11-20-101500.local\n"
+                          "com.apple.TimeMachine.2026-11-21-101500.local\n"
+                          "com.apple.TimeMachine.2026-11-22-101500.local\n");
     }
 };
 
@@ -157,12 +182,14 @@ public:
     void setSuffix(QString suffix) { m_suffix = std::move(suffix); }
 
     bool shoot(const QString& name, const std::function<bool(AppState&, QQuickView&)>& setUp,
-               const DiskAccess* access = nullptr)
+               const DiskAccess* access = nullptr, const QByteArray& unseenRoot = {})
     {
         if (!m_only.isEmpty() && name != m_only)
             return true;
         AppState::Services services;
         services.volumes = &m_volume;
+        services.processes = &m_tool;
+        m_volume.mountPoint = unseenRoot;
         services.diskAccess = access;
         AppState state(services);
         QQuickView view;
@@ -200,6 +227,7 @@ private:
     QString m_only;
     QString m_suffix;
     MadeUpVolume m_volume;
+    MadeUpTmutil m_tool;
 };
 
 bool scanSample(AppState& state, const QByteArray& path)
@@ -236,7 +264,15 @@ bool renderAll(Renderer& renderer)
     NoGrant noGrant;
     const QByteArray tree = renderer.sampleTree();
     bool ok = true;
-    ok &= renderer.shoot(QStringLiteral("welcome"), [](AppState&, QQuickView&) { return true; });
+    ok &= renderer.shoot(QStringLiteral("welcome"), [](AppState& state, QQuickView&) {
+        return waitFor([&] { return state.localSnapshotCount() == 3; });
+    });
+    ok &= renderer.shoot(QStringLiteral("welcome-reclaiming"), [](AppState& state, QQuickView&) {
+        if (!waitFor([&] { return state.localSnapshotCount() == 3; }))
+            return false;
+        state.thinSnapshots();
+        return state.thinningSnapshots();
+    });
     ok &= renderer.shoot(QStringLiteral("scanning"), [](AppState& state, QQuickView&) {
         // A real walk of a large folder, caught mid-way.
         state.requestScan(QByteArrayLiteral("/usr"));
@@ -344,6 +380,26 @@ bool renderAll(Renderer& renderer)
             LocalizationManager::shared().string(QStringLiteral("snapshots.result.none")));
         return true;
     });
+    ok &= renderer.shoot(QStringLiteral("alert-thin-freed"), [](AppState& state, QQuickView&) {
+        state.setThinResultMessage(fillText(
+            LocalizationManager::shared().string(QStringLiteral("snapshots.result.freed")), formatBytes(7340032000)));
+        return true;
+    });
+    ok &= renderer.shoot(
+        QStringLiteral("chart-unseen"),
+        [&](AppState& state, QQuickView& view) {
+            if (!scanSample(state, tree) || !state.unseenSpace())
+                return false;
+            QTest::qWait(100);
+            QQuickItem* info = findItem(view, "unseenInfo");
+            if (!info || !info->isVisible())
+                return false;
+            // As a keyboard user reaches it: the help shows at once.
+            info->forceActiveFocus(Qt::TabFocusReason);
+            QTest::qWait(700);
+            return true;
+        },
+        nullptr, tree);
     ok &= renderer.shoot(QStringLiteral("apps-mode"), [](AppState& state, QQuickView&) {
         state.setMode(AppState::Mode::apps);
         return true;

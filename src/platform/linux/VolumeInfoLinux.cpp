@@ -133,6 +133,18 @@ constexpr long kCodaMagic = 0x73757245;
 constexpr long kNcpMagic = 0x564C;
 constexpr long kFuseMagic = 0x65735546;
 
+// Its folder above lies on another device, or it is the top of the tree.
+bool isMountPoint(const QByteArray& path)
+{
+    struct stat self {};
+    struct stat above {};
+    if (::stat(path.constData(), &self) != 0 || !S_ISDIR(self.st_mode))
+        return false;
+    if (::stat(QByteArray(path + "/..").constData(), &above) != 0)
+        return false;
+    return self.st_dev != above.st_dev || self.st_ino == above.st_ino;
+}
+
 class LinuxVolumeFacts final : public VolumeFacts {
 public:
     std::optional<VolumeInfo::Capacity> capacity(const QByteArray& path) const override
@@ -143,6 +155,22 @@ public:
         const auto unit = qint64(facts.f_frsize);
         return VolumeInfo::capacityFrom(qint64(facts.f_blocks) * unit, qint64(facts.f_bavail) * unit,
                                         std::nullopt);
+    }
+
+    std::optional<VolumeInfo::MountUsage> mountUsage(const QByteArray& path) const override
+    {
+        if (!isMountPoint(path))
+            return std::nullopt;
+        struct statvfs facts {};
+        if (::statvfs(path.constData(), &facts) != 0)
+            return std::nullopt;
+        const auto unit = qint64(facts.f_frsize);
+        const auto capacity = VolumeInfo::capacityFrom(qint64(facts.f_blocks) * unit,
+                                                       qint64(facts.f_bavail) * unit, std::nullopt);
+        if (!capacity)
+            return std::nullopt;
+        return VolumeInfo::MountUsage{*capacity, std::nullopt,
+                                      VolumeInfo::reservedFrom(facts.f_bfree, facts.f_bavail, facts.f_frsize)};
     }
 
     VolumeInfo::Medium medium(const QByteArray& path) const override

@@ -92,6 +92,29 @@ public:
         }
     }
 
+    std::optional<VolumeInfo::MountUsage> mountUsage(const QByteArray& path) const override
+    {
+        @autoreleasepool {
+            NSURL* url = fileURL(path);
+            if (!url)
+                return std::nullopt;
+            NSDictionary* values = [url resourceValuesForKeys:@[
+                NSURLVolumeURLKey, NSURLVolumeTotalCapacityKey, NSURLVolumeAvailableCapacityKey,
+                NSURLVolumeAvailableCapacityForImportantUsageKey
+            ] error:nil];
+            NSURL* volume = values[NSURLVolumeURLKey];
+            if (!volume || ![volume.path isEqualToString:url.path])
+                return std::nullopt;
+            const auto available = numberFor(values, NSURLVolumeAvailableCapacityKey);
+            const auto important = numberFor(values, NSURLVolumeAvailableCapacityForImportantUsageKey);
+            const auto capacity =
+                VolumeInfo::capacityFrom(numberFor(values, NSURLVolumeTotalCapacityKey), available, important);
+            if (!capacity)
+                return std::nullopt;
+            return VolumeInfo::MountUsage{*capacity, VolumeInfo::purgeableFrom(available, important), std::nullopt};
+        }
+    }
+
     VolumeInfo::Medium medium(const QByteArray& path) const override
     {
         @autoreleasepool {

@@ -1,0 +1,42 @@
+// Tools started with NSTask, output and errors through one NSPipe. Compiled
+// with ARC.
+
+#include "platform/ProcessRunner.h"
+
+#import <Foundation/Foundation.h>
+
+namespace tw {
+
+namespace {
+class TaskRunner final : public ProcessRunner {
+public:
+    std::optional<QByteArray> run(const QString& program, const QStringList& arguments) const override
+    {
+        @autoreleasepool {
+            NSTask* task = [[NSTask alloc] init];
+            task.executableURL = [NSURL fileURLWithPath:program.toNSString()];
+            NSMutableArray<NSString*>* list = [NSMutableArray arrayWithCapacity:NSUInteger(arguments.size())];
+            for (const QString& argument : arguments)
+                [list addObject:argument.toNSString()];
+            task.arguments = list;
+            NSPipe* pipe = [NSPipe pipe];
+            task.standardOutput = pipe;
+            task.standardError = pipe;
+            NSError* error = nil;
+            if (![task launchAndReturnError:&error])
+                return std::nullopt;
+            NSData* said = [pipe.fileHandleForReading readDataToEndOfFile];
+            [task waitUntilExit];
+            return QByteArray(static_cast<const char*>(said.bytes), qsizetype(said.length));
+        }
+    }
+};
+} // namespace
+
+const ProcessRunner& systemProcessRunner()
+{
+    static const TaskRunner runner;
+    return runner;
+}
+
+} // namespace tw

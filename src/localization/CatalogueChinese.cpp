@@ -111,6 +111,22 @@ const Table& chinese()
         {"appstore.limited.diagram", "沙盒限制使部分文件夹未包含在此次扫描中。"},
         {"appstore.limited.uninstall", "~/Library 中的部分相关文件可能被沙盒隐藏。"},
         {"appstore.limited.cta", "获取完整版"},
+        {"reason.namedAfterID", "以软件包标识符 %@ 命名"},
+        {"reason.namedAfterName", "以应用名称 %@ 命名"},
+        {"reason.preferencesOfID", "以软件包标识符 %@ 命名的偏好设置文件"},
+        {"reason.byHostPreferencesOfID", "此 Mac 上软件包标识符 %@ 的偏好设置"},
+        {"reason.containerNamedAfterID", "以软件包标识符 %@ 命名的容器"},
+        {"reason.containerMetadataNamesID", "元数据指明软件包标识符 %@ 的容器"},
+        {"reason.groupContainerSigned", "代码签名中声明的群组容器：%@"},
+        {"reason.groupContainerOfID", "以软件包标识符 %@ 命名的群组容器"},
+        {"reason.scriptsOfID", "以软件包标识符 %@ 命名的脚本文件夹"},
+        {"reason.scriptsOfGroup", "已签名群组 %@ 的脚本文件夹"},
+        {"reason.savedStateOfID", "软件包标识符 %@ 的已存储窗口状态"},
+        {"reason.cookiesOfID", "软件包标识符 %@ 的 Cookie 文件"},
+        {"reason.launchdFileNamedAfterID", "以标识符 %@ 命名的启动任务文件"},
+        {"reason.launchdLabel", "标签为 %@ 的启动任务"},
+        {"reason.launchdProgramInBundle", "程序位于应用包内的启动任务：%@"},
+        {"reason.privilegedHelperDeclared", "应用声明的特权辅助工具：%@"},
     }};
     return table;
 }

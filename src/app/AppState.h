@@ -51,6 +51,7 @@ class AppState : public QObject {
     Q_PROPERTY(bool confirmThinSnapshots READ confirmThinSnapshots WRITE setConfirmThinSnapshots NOTIFY snapshotsChanged)
     Q_PROPERTY(QString thinResultMessage READ thinResultMessage NOTIFY snapshotsChanged)
     Q_PROPERTY(bool appsLoading READ appsLoading NOTIFY appsLoadingChanged)
+    Q_PROPERTY(int appCount READ appCount NOTIFY appsChanged)
     Q_PROPERTY(tw::InstalledApp* uninstallCandidate READ uninstallCandidate WRITE setUninstallCandidate NOTIFY uninstallCandidateChanged)
     // The permission dialog's facts (id, needsAppManagement,
     // needsFullDiskAccess, failedPaths, succeededCount); empty when none.
@@ -126,6 +127,7 @@ public:
     // for one turn of the event loop.
     [[nodiscard]] const QList<InstalledApp*>& apps() const { return m_apps; }
     [[nodiscard]] bool appsLoading() const { return m_appsLoading; }
+    [[nodiscard]] int appCount() const { return int(m_apps.size()); }
     [[nodiscard]] InstalledApp* uninstallCandidate() const { return m_uninstallCandidate; }
     [[nodiscard]] const std::optional<UninstallPermissionPrompt>& permissionPrompt() const { return m_permissionPrompt; }
     [[nodiscard]] QVariantMap permissionPromptFacts() const;

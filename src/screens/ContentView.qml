@@ -10,6 +10,12 @@ Item {
     id: content
     required property AppState appState
     property int leadingInset: 0
+    // Something of the modal layer is up: the screens' shortcuts stand still.
+    readonly property bool modalUp: appState.fdaPromptForURL !== "" || appState.hasDeleteCandidate
+                                    || appState.uninstallCandidate !== null
+                                    || appState.permissionPrompt.id !== undefined
+                                    || appState.errorMessage !== "" || appState.confirmThinSnapshots
+                                    || appState.thinResultMessage !== ""
 
     ScreensModel {
         id: screensModel
@@ -52,10 +58,12 @@ Item {
             Layout.fillWidth: true
             Layout.fillHeight: true
 
-            AppsPlaceholder {
+            AppsView {
                 objectName: "appsScreen"
                 anchors.fill: parent
                 visible: content.appState.mode === AppState.Mode.apps
+                appState: content.appState
+                modalUp: content.modalUp
             }
             WelcomeView {
                 objectName: "welcomeScreen"
@@ -107,6 +115,35 @@ Item {
             facts: screensModel.deleteFacts
             onCancel: content.appState.cancelDelete()
             onConfirm: content.appState.confirmDelete()
+        }
+    }
+
+    ModalCard {
+        objectName: "uninstallCard"
+        shown: content.appState.uninstallCandidate !== null
+        AppUninstallDialog {
+            id: uninstallDialog
+            appState: content.appState
+        }
+    }
+    // The dialog keeps its application while the card fades out, and starts
+    // with fresh choices each time it opens.
+    Connections {
+        target: content.appState
+        function onUninstallCandidateChanged() {
+            if (content.appState.uninstallCandidate !== null)
+                uninstallDialog.open(content.appState.uninstallCandidate)
+        }
+    }
+
+    ModalCard {
+        objectName: "permissionCard"
+        shown: content.appState.permissionPrompt.id !== undefined
+        UninstallPermissionDialog {
+            prompt: content.appState.permissionPrompt.id !== undefined ? content.appState.permissionPrompt : prompt
+            onOpenAppManagement: Qt.openUrlExternally(screensModel.appManagementSettingsUrl)
+            onOpenFullDiskAccess: Qt.openUrlExternally(screensModel.fullDiskAccessSettingsUrl)
+            onDismiss: content.appState.dismissPermissionPrompt()
         }
     }
 

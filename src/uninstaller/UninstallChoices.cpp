@@ -52,6 +52,16 @@ void UninstallChoices::setApp(InstalledApp* app)
     Q_EMIT choicesChanged();
 }
 
+void UninstallChoices::reset()
+{
+    m_bundleChecked = true;
+    m_relatedChecked.clear();
+    if (m_app)
+        merge();
+    setRunningStatus(m_state && m_app && m_state->isAppRunning(m_app));
+    Q_EMIT choicesChanged();
+}
+
 void UninstallChoices::merge()
 {
     // New files come in with their default; the user's ticks stay.

@@ -45,6 +45,9 @@ public:
     [[nodiscard]] InstalledApp* app() const { return m_app; }
     void setApp(InstalledApp* app);
 
+    // Fresh choices for the same application, as on the dialog's appearing.
+    Q_INVOKABLE void reset();
+
     [[nodiscard]] bool bundleChecked() const { return m_bundleChecked; }
     void setBundleChecked(bool checked);
     [[nodiscard]] bool isChecked(const RelatedFile& file) const;

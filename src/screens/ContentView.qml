@@ -134,13 +134,18 @@ Item {
             if (content.appState.uninstallCandidate !== null)
                 uninstallDialog.open(content.appState.uninstallCandidate)
         }
+        // Likewise the permission dialog keeps its prompt while fading out.
+        function onPermissionPromptChanged() {
+            if (content.appState.permissionPrompt.id !== undefined)
+                permissionDialog.prompt = content.appState.permissionPrompt
+        }
     }
 
     ModalCard {
         objectName: "permissionCard"
         shown: content.appState.permissionPrompt.id !== undefined
         UninstallPermissionDialog {
-            prompt: content.appState.permissionPrompt.id !== undefined ? content.appState.permissionPrompt : prompt
+            id: permissionDialog
             onOpenAppManagement: Qt.openUrlExternally(screensModel.appManagementSettingsUrl)
             onOpenFullDiskAccess: Qt.openUrlExternally(screensModel.fullDiskAccessSettingsUrl)
             onDismiss: content.appState.dismissPermissionPrompt()

@@ -121,7 +121,7 @@ Item {
                         focusPolicy: Qt.StrongFocus
                         Accessible.name: Loc.strings["apps.reload"]
                         onClicked: view.appState.reloadApps()
-                        RotationAnimator on symbolRotation {
+                        NumberAnimation on symbolRotation {
                             running: view.appState.appsLoading && view.visible
                             from: 0
                             to: 360

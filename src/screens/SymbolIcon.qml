@@ -9,9 +9,6 @@ Image {
 
     width: size
     height: size
-    // Layouts size by the implicit size, which must not come from the bitmap.
-    implicitWidth: size
-    implicitHeight: size
     sourceSize: Qt.size(Math.ceil(size * 2), Math.ceil(size * 2))
     fillMode: Image.PreserveAspectFit
     smooth: true

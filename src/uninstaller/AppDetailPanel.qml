@@ -37,7 +37,8 @@ Rectangle {
             width: item.width - 16
             spacing: 8
             SymbolIcon {
-                Layout.preferredWidth: 18
+                Layout.preferredWidth: 16
+                Layout.preferredHeight: 16
                 symbol: item.symbol
                 tint: Qt.rgba(0, 0.478, 1, 0.8)
                 size: 16

@@ -90,6 +90,8 @@ ColumnLayout {
             width: parent.width - 20
             spacing: 10
             SymbolIcon {
+                Layout.preferredWidth: 18
+                Layout.preferredHeight: 18
                 symbol: "exclamationmark.triangle.fill"
                 tint: Style.orange
                 size: 18
@@ -148,7 +150,8 @@ ColumnLayout {
                         onToggled: choices.bundleChecked = checked
                     }
                     SymbolIcon {
-                        Layout.preferredWidth: 18
+                        Layout.preferredWidth: 16
+                        Layout.preferredHeight: 16
                         symbol: "app.fill"
                         tint: Style.accent
                         size: 16
@@ -207,6 +210,8 @@ ColumnLayout {
                     Row {
                         spacing: 6
                         SymbolIcon {
+                            Layout.preferredWidth: 13
+                            Layout.preferredHeight: 13
                             symbol: group.modelData.symbol
                             tint: Qt.rgba(0, 0.478, 1, 0.8)
                             size: 13

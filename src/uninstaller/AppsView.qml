@@ -84,6 +84,8 @@ Item {
                     Layout.bottomMargin: 10
                     spacing: 8
                     SymbolIcon {
+                        Layout.preferredWidth: 14
+                        Layout.preferredHeight: 14
                         symbol: "magnifyingglass"
                         tint: Style.secondary
                         size: 14

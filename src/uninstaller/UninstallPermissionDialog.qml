@@ -64,6 +64,8 @@ ColumnLayout {
         Layout.rightMargin: 20
         spacing: 12
         SymbolIcon {
+            Layout.preferredWidth: 28
+            Layout.preferredHeight: 28
             symbol: "lock.shield"
             tint: Style.orange
             size: 28

@@ -42,7 +42,7 @@ Rectangle {
         acceptedButtons: Qt.LeftButton | Qt.RightButton
         onClicked: mouse => {
             if (mouse.button === Qt.RightButton)
-                menu.popup()
+                menu.popup(row, mouse.x, mouse.y)
             else
                 row.selectRequested()
         }

@@ -195,6 +195,18 @@ constexpr std::array<ReasonName, 16> kReasonNames{{
 }};
 } // namespace
 
+QList<QList<const RelatedFile*>> groupedByCategory(const QList<RelatedFile>& files)
+{
+    QList<QList<const RelatedFile*>> groups(int(RelatedCategory::privilegedHelpers) + 1);
+    for (const RelatedFile& file : files)
+        groups[int(file.category)].append(&file);
+    groups.removeIf([](const QList<const RelatedFile*>& group) { return group.isEmpty(); });
+    for (auto& group : groups)
+        std::stable_sort(group.begin(), group.end(),
+                         [](const RelatedFile* a, const RelatedFile* b) { return a->size > b->size; });
+    return groups;
+}
+
 const char* matchReasonKey(MatchReason::Kind kind)
 {
     return kReasonNames[std::size_t(kind)].key;

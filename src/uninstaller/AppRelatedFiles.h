@@ -76,6 +76,11 @@ struct RelatedFile {
     bool operator==(const RelatedFile& other) const { return id == other.id; }
 };
 
+// The files by category, in category order, empty categories left out;
+// within a category largest first, equal sizes in the list's order. The
+// pointers point into `files`.
+[[nodiscard]] QList<QList<const RelatedFile*>> groupedByCategory(const QList<RelatedFile>& files);
+
 namespace AppRelatedFiles {
 
 // Every identifier and name an application may have used for its files.

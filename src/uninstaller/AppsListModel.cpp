@@ -336,21 +336,15 @@ QVariantList AppsListModel::breakdown(const InstalledApp* app) const
     if (!app)
         return groups;
     const Language language = LocalizationManager::shared().current();
-    for (int category = 0; category <= int(RelatedCategory::privilegedHelpers); ++category) {
+    for (const QList<const RelatedFile*>& group : groupedByCategory(app->related())) {
         qint64 size = 0;
-        qint64 count = 0;
-        for (const RelatedFile& file : app->related()) {
-            if (int(file.category) == category) {
-                size += file.size;
-                ++count;
-            }
-        }
-        if (count == 0)
-            continue;
-        groups.append(QVariantMap{{QStringLiteral("title"), relatedCategoryTitle(RelatedCategory(category))},
-                                  {QStringLiteral("symbol"), relatedCategorySymbol(RelatedCategory(category))},
+        for (const RelatedFile* file : group)
+            size += file->size;
+        const RelatedCategory category = group.first()->category;
+        groups.append(QVariantMap{{QStringLiteral("title"), relatedCategoryTitle(category)},
+                                  {QStringLiteral("symbol"), relatedCategorySymbol(category)},
                                   {QStringLiteral("size"), sizeText(size)},
-                                  {QStringLiteral("count"), itemCountText(count, language)}});
+                                  {QStringLiteral("count"), itemCountText(group.size(), language)}});
     }
     return groups;
 }

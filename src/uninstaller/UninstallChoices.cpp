@@ -122,16 +122,8 @@ QVariantList UninstallChoices::groups() const
     if (!m_app || !m_app->relatedLoaded())
         return groups;
     const Language language = LocalizationManager::shared().current();
-    for (int category = 0; category <= int(RelatedCategory::privilegedHelpers); ++category) {
-        QList<const RelatedFile*> files;
-        for (const RelatedFile& file : m_app->related()) {
-            if (int(file.category) == category)
-                files.append(&file);
-        }
-        if (files.isEmpty())
-            continue;
-        std::stable_sort(files.begin(), files.end(),
-                         [](const RelatedFile* a, const RelatedFile* b) { return a->size > b->size; });
+    for (const QList<const RelatedFile*>& files : groupedByCategory(m_app->related())) {
+        const RelatedCategory category = files.first()->category;
         QVariantList rows;
         for (const RelatedFile* file : files) {
             const QString path = QFile::decodeName(file->url);
@@ -146,8 +138,8 @@ QVariantList UninstallChoices::groups() const
                                     {QStringLiteral("reason"), reason},
                                     {QStringLiteral("checked"), isChecked(*file)}});
         }
-        groups.append(QVariantMap{{QStringLiteral("title"), relatedCategoryTitle(RelatedCategory(category))},
-                                  {QStringLiteral("symbol"), relatedCategorySymbol(RelatedCategory(category))},
+        groups.append(QVariantMap{{QStringLiteral("title"), relatedCategoryTitle(category)},
+                                  {QStringLiteral("symbol"), relatedCategorySymbol(category)},
                                   {QStringLiteral("files"), rows}});
     }
     return groups;

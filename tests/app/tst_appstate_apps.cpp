@@ -121,8 +121,16 @@ private:
     }
 
 private Q_SLOTS:
+    void cleanup()
+    {
+        // Sizing threads of the state just destroyed still touch the counters.
+        QTest::qWait(50);
+        QTRY_COMPARE(m_sizingNow.load(), 0);
+    }
+
     void init()
     {
+        std::lock_guard guard(m_lock);
         m_discoveries = 0;
         m_searches = 0;
         m_sizingMost = 0;

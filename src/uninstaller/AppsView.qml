@@ -175,10 +175,11 @@ Item {
                         ScrollBar.vertical: ScrollBar {}
                         Accessible.role: Accessible.List
                         Accessible.name: Loc.strings["mode.apps"]
-                        Keys.onUpPressed: view.step(-1)
-                        Keys.onDownPressed: view.step(1)
-                        Keys.onReturnPressed: view.uninstall(view.selected)
-                        Keys.onEnterPressed: view.uninstall(view.selected)
+                        // Behind a dialog the list keeps the keyboard but not its keys.
+                        Keys.onUpPressed: if (!view.modalUp) view.step(-1)
+                        Keys.onDownPressed: if (!view.modalUp) view.step(1)
+                        Keys.onReturnPressed: if (!view.modalUp) view.uninstall(view.selected)
+                        Keys.onEnterPressed: if (!view.modalUp) view.uninstall(view.selected)
                         delegate: AppRowView {
                             width: ListView.view.width
                             isSelected: app === view.selected

@@ -1,15 +1,21 @@
 #pragma once
 
 #include "app/UnseenSpace.h"
+#include "removal/Recycle.h"
 #include "scan/FileNode.h"
 #include "scan/ScanProgress.h"
 #include "scan/Scanner.h"
 #include "scan/VolumeInfo.h"
+#include "uninstaller/InstalledApp.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QUuid>
+#include <QVariantMap>
 
 #include <functional>
 #include <memory>
@@ -20,6 +26,7 @@ namespace tw {
 class DiskAccess;
 class FileReveal;
 class ProcessRunner;
+class RunningApplications;
 class VolumeFacts;
 
 // The window's one observable state: the current scan, the tree, where the
@@ -50,6 +57,12 @@ class AppState : public QObject {
     // The notice of unreadable folders where no grant would help (Linux, or
     // a Mac that has the grant): the count, without a way to the settings.
     Q_PROPERTY(bool showsUnreadableNotice READ showsUnreadableNotice WRITE setShowsUnreadableNotice NOTIFY showsUnreadableNoticeChanged)
+    Q_PROPERTY(bool appsLoading READ appsLoading NOTIFY appsLoadingChanged)
+    Q_PROPERTY(int appCount READ appCount NOTIFY appsChanged)
+    Q_PROPERTY(tw::InstalledApp* uninstallCandidate READ uninstallCandidate WRITE setUninstallCandidate NOTIFY uninstallCandidateChanged)
+    // The permission dialog's facts (id, needsAppManagement,
+    // needsFullDiskAccess, failedPaths, succeededCount); empty when none.
+    Q_PROPERTY(QVariantMap permissionPrompt READ permissionPromptFacts NOTIFY permissionPromptChanged)
 
 public:
     // Only `scanning` has a value: the latest progress, in `progress`.
@@ -70,6 +83,23 @@ public:
         // Starts the snapshot tool; the system's if null. Called from worker
         // threads, so it must outlive any tool call that is running.
         const ProcessRunner* processes = nullptr;
+        // The applications screen's services, each run on a worker thread;
+        // the system's when empty. Discovery over the usual roots:
+        std::function<std::vector<std::unique_ptr<InstalledApp>>()> discoverApps;
+        std::function<qint64(const QByteArray& bundle)> bundleSize;
+        std::function<QList<RelatedFile>(const QString& bundleID, const QString& name, const QByteArray& appURL)>
+            findRelated;
+        std::function<BatchOutcome(const QList<QByteArray>& paths)> recycleBatch;
+        RunningApplications* running = nullptr; // the system's if null
+    };
+
+    // What the permission dialog shows after an uninstall was refused.
+    struct UninstallPermissionPrompt {
+        QUuid id = QUuid::createUuid();
+        bool needsAppManagement = false;
+        bool needsFullDiskAccess = false;
+        QStringList failedPaths;
+        qint64 succeededCount = 0;
     };
 
     explicit AppState(QObject* parent = nullptr);
@@ -107,6 +137,16 @@ public:
     [[nodiscard]] const std::optional<UnseenSpace>& unseenSpace() const { return m_unseenSpace; }
     // Folders of the current tree that could not be read.
     [[nodiscard]] qint64 unreadableFolderCount() const;
+
+    // The applications, in discovery order (by name). AppState owns them; an
+    // entry that leaves the list is deleted later, so QML may still hold it
+    // for one turn of the event loop.
+    [[nodiscard]] const QList<InstalledApp*>& apps() const { return m_apps; }
+    [[nodiscard]] bool appsLoading() const { return m_appsLoading; }
+    [[nodiscard]] int appCount() const { return int(m_apps.size()); }
+    [[nodiscard]] InstalledApp* uninstallCandidate() const { return m_uninstallCandidate; }
+    [[nodiscard]] const std::optional<UninstallPermissionPrompt>& permissionPrompt() const { return m_permissionPrompt; }
+    [[nodiscard]] QVariantMap permissionPromptFacts() const;
 
     static QString toText(Mode mode);
     static std::optional<Mode> modeFromText(QStringView text);
@@ -164,6 +204,31 @@ public:
     void setShowsUnreadableNotice(bool shown);
     void setMode(Mode mode);
 
+    // Discovery off the GUI thread, the list shown at once with sizes 0, then
+    // the sizing pass: at most four bundles at a time, in list order. Does
+    // nothing while a load runs.
+    Q_INVOKABLE void loadApps();
+    // Drops the list (and so every selection in it) and loads afresh.
+    Q_INVOKABLE void reloadApps();
+    // The related-file search for one application, once until the next reload.
+    Q_INVOKABLE void loadRelatedIfNeeded(tw::InstalledApp* app);
+    // Opens (an application) or closes (null) the uninstall dialog.
+    void setUninstallCandidate(InstalledApp* app);
+    Q_INVOKABLE void cancelUninstall() { setUninstallCandidate(nullptr); }
+    // The uninstall dialog's confirmation: moves `paths` to the Trash off the
+    // GUI thread, then applies the outcome. Refused, dialog kept, while the
+    // related search runs or the application runs.
+    void confirmUninstall(const QList<QByteArray>& paths);
+    // What an uninstall's outcome does to the lists and the dialogs.
+    // `appURL` is the bundle's path as it stood at confirmation.
+    void applyUninstallResult(InstalledApp* app, const QByteArray& appURL, const BatchOutcome& outcome);
+    Q_INVOKABLE void dismissPermissionPrompt();
+    [[nodiscard]] Q_INVOKABLE bool isAppRunning(const tw::InstalledApp* app) const;
+    // Shows the application's bundle in the file manager.
+    Q_INVOKABLE void revealApp(const tw::InstalledApp* app);
+    // Asks the application to quit; no force.
+    Q_INVOKABLE void terminateApp(const tw::InstalledApp* app);
+
 Q_SIGNALS:
     void phaseChanged();
     void progressChanged();
@@ -184,6 +249,17 @@ Q_SIGNALS:
     // Every thinning request when it ends, with what it freed (0 too).
     void snapshotsThinned(qint64 freedBytes);
     void unseenSpaceChanged();
+    // The list's membership or order changed (a load, a reload, an uninstall).
+    void appsChanged();
+    void appsLoadingChanged();
+    // A size or a related list inside one entry changed.
+    void appDataChanged(tw::InstalledApp* app);
+    void uninstallCandidateChanged();
+    void permissionPromptChanged();
+    // Once after an application's own bundle went to the Trash.
+    void appUninstalled(const QString& bundleId);
+    // An uninstall's outcome has been applied (for the window and tests).
+    void uninstallFinished();
 
 private:
     void applyReport(const QUuid& stamp, const ScanProgress& report);
@@ -198,6 +274,10 @@ private:
     void setVolumeCapacity(std::optional<VolumeInfo::Capacity> capacity);
     void setFdaPrompt(std::optional<QByteArray> path);
     void itemDeleted(const NodeRef& node, qint64 size, bool isDirectory);
+
+    void startDiscovery();
+    void pumpSizing();
+    void clearApps();
 
     Services m_services;
 
@@ -221,6 +301,17 @@ private:
     bool m_isRefreshing = false;
     std::optional<VolumeInfo::Capacity> m_volumeCapacity;
     Mode m_mode = Mode::folder;
+
+    QList<InstalledApp*> m_apps;
+    bool m_appsLoading = false;
+    // Stamps the current list: results of an earlier load are dropped.
+    QUuid m_appsGeneration;
+    // The sizing queue of the current list, and how many run now (of any list:
+    // a reload waits for the stale ones so that never more than four run).
+    QList<QPointer<InstalledApp>> m_sizingQueue;
+    int m_sizingRunning = 0;
+    QPointer<InstalledApp> m_uninstallCandidate;
+    std::optional<UninstallPermissionPrompt> m_permissionPrompt;
 
     std::optional<QByteArray> m_rootURL;
     std::shared_ptr<Scanner> m_scanner;

@@ -124,6 +124,22 @@ const Table& chinese()
         {"details.unseen.reserved", "为系统管理员保留：%@"},
         {"details.unseen.unreadable", "无法读取的文件夹：%d"},
         {"details.unseen.system", "系统数据及其他：%@"},
+        {"reason.namedAfterID", "以软件包标识符 %@ 命名"},
+        {"reason.namedAfterName", "以应用名称 %@ 命名"},
+        {"reason.preferencesOfID", "以软件包标识符 %@ 命名的偏好设置文件"},
+        {"reason.byHostPreferencesOfID", "此 Mac 上软件包标识符 %@ 的偏好设置"},
+        {"reason.containerNamedAfterID", "以软件包标识符 %@ 命名的容器"},
+        {"reason.containerMetadataNamesID", "元数据指明软件包标识符 %@ 的容器"},
+        {"reason.groupContainerSigned", "代码签名中声明的群组容器：%@"},
+        {"reason.groupContainerOfID", "以软件包标识符 %@ 命名的群组容器"},
+        {"reason.scriptsOfID", "以软件包标识符 %@ 命名的脚本文件夹"},
+        {"reason.scriptsOfGroup", "已签名群组 %@ 的脚本文件夹"},
+        {"reason.savedStateOfID", "软件包标识符 %@ 的已存储窗口状态"},
+        {"reason.cookiesOfID", "软件包标识符 %@ 的 Cookie 文件"},
+        {"reason.launchdFileNamedAfterID", "以标识符 %@ 命名的启动任务文件"},
+        {"reason.launchdLabel", "标签为 %@ 的启动任务"},
+        {"reason.launchdProgramInBundle", "程序位于应用包内的启动任务：%@"},
+        {"reason.privilegedHelperDeclared", "应用声明的特权辅助工具：%@"},
     }};
     return table;
 }

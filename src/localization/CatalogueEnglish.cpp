@@ -124,6 +124,22 @@ const Table& english()
         {"details.unseen.reserved", "Reserved for the system administrator: %@"},
         {"details.unseen.unreadable", "Folders that could not be read: %d"},
         {"details.unseen.system", "System data and everything else: %@"},
+        {"reason.namedAfterID", "named after the bundle identifier %@"},
+        {"reason.namedAfterName", "named after the application name %@"},
+        {"reason.preferencesOfID", "preferences file named after the bundle identifier %@"},
+        {"reason.byHostPreferencesOfID", "this Mac's preferences file for the bundle identifier %@"},
+        {"reason.containerNamedAfterID", "container named after the bundle identifier %@"},
+        {"reason.containerMetadataNamesID", "container whose metadata names the bundle identifier %@"},
+        {"reason.groupContainerSigned", "group container declared in the code signature: %@"},
+        {"reason.groupContainerOfID", "group container named after the bundle identifier %@"},
+        {"reason.scriptsOfID", "scripts folder named after the bundle identifier %@"},
+        {"reason.scriptsOfGroup", "scripts folder of the signed group %@"},
+        {"reason.savedStateOfID", "saved window state of the bundle identifier %@"},
+        {"reason.cookiesOfID", "cookies file of the bundle identifier %@"},
+        {"reason.launchdFileNamedAfterID", "launch job file named after the identifier %@"},
+        {"reason.launchdLabel", "launch job labelled %@"},
+        {"reason.launchdProgramInBundle", "launch job whose program lies inside the bundle: %@"},
+        {"reason.privilegedHelperDeclared", "privileged helper declared by the application: %@"},
     }};
     return table;
 }

@@ -125,6 +125,22 @@ const Table& german()
         {"details.unseen.reserved", "Für den Systemadministrator reserviert: %@"},
         {"details.unseen.unreadable", "Nicht lesbare Ordner: %d"},
         {"details.unseen.system", "Systemdaten und Sonstiges: %@"},
+        {"reason.namedAfterID", "nach der Bundle-ID %@ benannt"},
+        {"reason.namedAfterName", "nach dem App-Namen %@ benannt"},
+        {"reason.preferencesOfID", "Einstellungsdatei, nach der Bundle-ID %@ benannt"},
+        {"reason.byHostPreferencesOfID", "Einstellungen dieses Mac für die Bundle-ID %@"},
+        {"reason.containerNamedAfterID", "Container, nach der Bundle-ID %@ benannt"},
+        {"reason.containerMetadataNamesID", "Container, dessen Metadaten die Bundle-ID %@ nennen"},
+        {"reason.groupContainerSigned", "Gruppencontainer aus der Codesignatur: %@"},
+        {"reason.groupContainerOfID", "Gruppencontainer, nach der Bundle-ID %@ benannt"},
+        {"reason.scriptsOfID", "Skriptordner, nach der Bundle-ID %@ benannt"},
+        {"reason.scriptsOfGroup", "Skriptordner der signierten Gruppe %@"},
+        {"reason.savedStateOfID", "gesicherter Fensterzustand der Bundle-ID %@"},
+        {"reason.cookiesOfID", "Cookie-Datei der Bundle-ID %@"},
+        {"reason.launchdFileNamedAfterID", "Startauftragsdatei, nach der ID %@ benannt"},
+        {"reason.launchdLabel", "Startauftrag mit dem Label %@"},
+        {"reason.launchdProgramInBundle", "Startauftrag, dessen Programm im Bundle liegt: %@"},
+        {"reason.privilegedHelperDeclared", "privilegiertes Hilfsprogramm, von der App angegeben: %@"},
     }};
     return table;
 }

@@ -125,6 +125,22 @@ const Table& russian()
         {"details.unseen.reserved", "Резерв для администратора системы: %@"},
         {"details.unseen.unreadable", "Папки, которые не удалось прочитать: %d"},
         {"details.unseen.system", "Системные данные и прочее: %@"},
+        {"reason.namedAfterID", "названо по идентификатору пакета %@"},
+        {"reason.namedAfterName", "названо по имени приложения %@"},
+        {"reason.preferencesOfID", "файл настроек, названный по идентификатору пакета %@"},
+        {"reason.byHostPreferencesOfID", "настройки этого Mac для идентификатора пакета %@"},
+        {"reason.containerNamedAfterID", "контейнер, названный по идентификатору пакета %@"},
+        {"reason.containerMetadataNamesID", "контейнер, в метаданных которого указан идентификатор %@"},
+        {"reason.groupContainerSigned", "групповой контейнер из подписи кода: %@"},
+        {"reason.groupContainerOfID", "групповой контейнер, названный по идентификатору пакета %@"},
+        {"reason.scriptsOfID", "папка скриптов, названная по идентификатору пакета %@"},
+        {"reason.scriptsOfGroup", "папка скриптов подписанной группы %@"},
+        {"reason.savedStateOfID", "сохранённое состояние окон для идентификатора пакета %@"},
+        {"reason.cookiesOfID", "файл cookie для идентификатора пакета %@"},
+        {"reason.launchdFileNamedAfterID", "файл задания запуска, названный по идентификатору %@"},
+        {"reason.launchdLabel", "задание запуска с меткой %@"},
+        {"reason.launchdProgramInBundle", "задание запуска, программа которого лежит внутри пакета: %@"},
+        {"reason.privilegedHelperDeclared", "привилегированный помощник, объявленный приложением: %@"},
     }};
     return table;
 }

@@ -8,7 +8,7 @@ namespace tw {
 QString freedesktopIconName(const QString& symbol)
 {
     // Symbolic (single-colour) icons, so that a tint gives them the symbol's colour.
-    static constexpr std::array<std::pair<const char*, const char*>, 24> kTable{{
+    static constexpr std::array<std::pair<const char*, const char*>, 40> kTable{{
         {"folder.fill", "folder-symbolic"},
         {"folder", "folder-open-symbolic"},
         {"doc.fill", "text-x-generic-symbolic"},
@@ -33,6 +33,22 @@ QString freedesktopIconName(const QString& symbol)
         {"app.dashed", "application-x-executable-symbolic"},
         {"magnifyingglass", "edit-find-symbolic"},
         {"arrow.up.forward.app", "send-to-symbolic"},
+        {"lock.shield", "security-high-symbolic"},
+        {"app", "application-x-executable-symbolic"},
+        {"app.fill", "application-x-executable-symbolic"},
+        {"tray.full", "folder-documents-symbolic"},
+        {"externaldrive.badge.timemachine", "drive-harddisk-system-symbolic"},
+        {"slider.horizontal.3", "preferences-system-symbolic"},
+        {"cube.box", "package-x-generic-symbolic"},
+        {"cube.box.fill", "emblem-shared-symbolic"},
+        {"applescript", "utilities-terminal-symbolic"},
+        {"archivebox", "document-save-symbolic"},
+        {"doc.text", "x-office-document-symbolic"},
+        {"circle.grid.2x2", "view-app-grid-symbolic"},
+        {"network", "network-server-symbolic"},
+        {"bolt.horizontal", "system-run-symbolic"},
+        {"bolt.fill", "applications-system-symbolic"},
+        {"gearshape.2", "applications-engineering-symbolic"},
     }};
     for (const auto& [sf, freedesktop] : kTable) {
         if (symbol == QLatin1String(sf))

@@ -16,6 +16,8 @@ Item {
     readonly property bool modalUp: fdaPromptCard.shown || deleteCard.shown || errorAlert.shown
                                     || thinConfirmAlert.shown || thinResultAlert.shown
                                     || folderDialog.visible
+                                    || appState.uninstallCandidate !== null
+                                    || appState.permissionPrompt.id !== undefined
 
     ScreensModel {
         id: screensModel
@@ -59,10 +61,12 @@ Item {
             Layout.fillWidth: true
             Layout.fillHeight: true
 
-            AppsPlaceholder {
+            AppsView {
                 objectName: "appsScreen"
                 anchors.fill: parent
                 visible: content.appState.mode === AppState.Mode.apps
+                appState: content.appState
+                modalUp: content.modalUp
             }
             WelcomeView {
                 objectName: "welcomeScreen"
@@ -117,6 +121,40 @@ Item {
             facts: screensModel.deleteFacts
             onCancel: content.appState.cancelDelete()
             onConfirm: content.appState.confirmDelete()
+        }
+    }
+
+    ModalCard {
+        objectName: "uninstallCard"
+        shown: content.appState.uninstallCandidate !== null
+        AppUninstallDialog {
+            id: uninstallDialog
+            appState: content.appState
+        }
+    }
+    // The dialog keeps its application while the card fades out, and starts
+    // with fresh choices each time it opens.
+    Connections {
+        target: content.appState
+        function onUninstallCandidateChanged() {
+            if (content.appState.uninstallCandidate !== null)
+                uninstallDialog.open(content.appState.uninstallCandidate)
+        }
+        // Likewise the permission dialog keeps its prompt while fading out.
+        function onPermissionPromptChanged() {
+            if (content.appState.permissionPrompt.id !== undefined)
+                permissionDialog.prompt = content.appState.permissionPrompt
+        }
+    }
+
+    ModalCard {
+        objectName: "permissionCard"
+        shown: content.appState.permissionPrompt.id !== undefined
+        UninstallPermissionDialog {
+            id: permissionDialog
+            onOpenAppManagement: Qt.openUrlExternally(screensModel.appManagementSettingsUrl)
+            onOpenFullDiskAccess: Qt.openUrlExternally(screensModel.fullDiskAccessSettingsUrl)
+            onDismiss: content.appState.dismissPermissionPrompt()
         }
     }
 

@@ -9,6 +9,9 @@
 #include "chart/ChartScreenModel.h"
 #include "chart/NodeActions.h"
 #include "screens/ScreensModel.h"
+#include "uninstaller/AppsListModel.h"
+#include "uninstaller/InstalledApp.h"
+#include "uninstaller/UninstallChoices.h"
 
 #include <QQmlEngine>
 
@@ -49,6 +52,25 @@ struct UnseenSpaceForeign {
     Q_GADGET
     QML_FOREIGN(tw::UnseenSpaceModel)
     QML_NAMED_ELEMENT(UnseenSpaceModel)
+};
+
+struct InstalledAppForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::InstalledApp)
+    QML_NAMED_ELEMENT(InstalledApp)
+    QML_UNCREATABLE("Applications come from discovery.")
+};
+
+struct AppsListModelForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::AppsListModel)
+    QML_NAMED_ELEMENT(AppsListModel)
+};
+
+struct UninstallChoicesForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::UninstallChoices)
+    QML_NAMED_ELEMENT(UninstallChoices)
 };
 
 } // namespace tw::qml

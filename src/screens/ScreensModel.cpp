@@ -83,6 +83,11 @@ QUrl ScreensModel::fullDiskAccessSettingsUrl() const
     return tw::fullDiskAccessSettingsUrl();
 }
 
+QUrl ScreensModel::appManagementSettingsUrl() const
+{
+    return tw::appManagementSettingsUrl();
+}
+
 QVariantMap ScreensModel::deleteFacts() const
 {
     if (!m_state || !m_state->deleteCandidate())

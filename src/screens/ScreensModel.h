@@ -36,6 +36,7 @@ class ScreensModel : public QObject {
     Q_PROPERTY(QVariantMap deleteFacts READ deleteFacts NOTIFY deleteChanged)
     // Opened by the views (Qt.openUrlExternally); the core opens nothing.
     Q_PROPERTY(QUrl fullDiskAccessSettingsUrl READ fullDiskAccessSettingsUrl CONSTANT)
+    Q_PROPERTY(QUrl appManagementSettingsUrl READ appManagementSettingsUrl CONSTANT)
 
 public:
     explicit ScreensModel(QObject* parent = nullptr);
@@ -51,6 +52,7 @@ public:
     [[nodiscard]] QString homePath() const;
 
     [[nodiscard]] QUrl fullDiskAccessSettingsUrl() const;
+    [[nodiscard]] QUrl appManagementSettingsUrl() const;
     [[nodiscard]] QVariantMap deleteFacts() const;
     // A folder from the picker (a file URL): raises nothing yet, scans it
     // through the Full Disk Access gate.

@@ -56,40 +56,53 @@ QSet<QString> nonEmpty(const QSet<QString>& ids)
     return kept;
 }
 
-bool equalsSomeIdWith(const QString& name, const QSet<QString>& ids, QStringView suffix)
+using Reason = std::optional<MatchReason>;
+using Kind = MatchReason::Kind;
+
+Reason because(Kind kind, const QString& identifier)
 {
-    return name.endsWith(suffix) && ids.contains(name.chopped(suffix.size()));
+    return MatchReason{kind, identifier};
 }
 
-bool containerMatches(const QByteArray& path, const QString& name, const QSet<QString>& ids)
+// The identifier of `ids` that `name` is with `suffix` appended.
+Reason idWithSuffix(const QString& name, const QSet<QString>& ids, QStringView suffix, Kind kind)
+{
+    if (name.endsWith(suffix) && ids.contains(name.chopped(suffix.size())))
+        return because(kind, name.chopped(suffix.size()));
+    return std::nullopt;
+}
+
+Reason containerMatches(const QByteArray& path, const QString& name, const QSet<QString>& ids)
 {
     if (ids.contains(name))
-        return true;
+        return because(Kind::containerNamedAfterID, name);
     if (!isUuid(name))
-        return false;
+        return std::nullopt;
     const auto metadata =
         asDictionary(readPropertyList(path + "/.com.apple.containermanagerd.metadata.plist"));
     if (!metadata)
-        return false;
+        return std::nullopt;
     const auto identifier = textValue(*metadata, "MCMMetadataIdentifier");
-    return identifier && ids.contains(*identifier);
+    if (identifier && ids.contains(*identifier))
+        return because(Kind::containerMetadataNamesID, *identifier);
+    return std::nullopt;
 }
 
-bool launchdMatches(const QByteArray& path, const QString& name,
-                    const AppRelatedFiles::Identity& identity, const QSet<QString>& ids)
+Reason launchdMatches(const QByteArray& path, const QString& name,
+                      const AppRelatedFiles::Identity& identity, const QSet<QString>& ids)
 {
-    if (equalsSomeIdWith(name, ids, u".plist"))
-        return true;
+    if (Reason named = idWithSuffix(name, ids, u".plist", Kind::launchdFileNamedAfterID))
+        return named;
     if (!name.endsWith(QLatin1String(".plist")) || name.size() <= 6 ||
         name.lastIndexOf(u'.') != name.size() - 6)
-        return false;
+        return std::nullopt;
     const auto plist = asDictionary(readPropertyList(path));
     if (!plist)
-        return false;
+        return std::nullopt;
     if (const auto label = textValue(*plist, "Label"); label && ids.contains(*label))
-        return true;
+        return because(Kind::launchdLabel, *label);
     if (!identity.appURL)
-        return false;
+        return std::nullopt;
     std::optional<QString> program = textValue(*plist, "Program");
     if (!program) {
         const QVariant arguments = plist->value(QStringLiteral("ProgramArguments"));
@@ -103,10 +116,12 @@ bool launchdMatches(const QByteArray& path, const QString& name,
         }
     }
     if (!program || !program->startsWith(u'/'))
-        return false;
+        return std::nullopt;
     // The trailing slash keeps /Applications/Foo.app2 out of /Applications/Foo.app.
     const QByteArray inside = AppRelatedFiles::standardizedPath(*identity.appURL) + '/';
-    return AppRelatedFiles::standardizedPath(program->toUtf8()).startsWith(inside);
+    if (AppRelatedFiles::standardizedPath(program->toUtf8()).startsWith(inside))
+        return because(Kind::launchdProgramInBundle, *program);
+    return std::nullopt;
 }
 
 bool isRealDirectory(const QByteArray& path)
@@ -153,6 +168,53 @@ QString relatedCategorySymbol(RelatedCategory category)
                                                       "bolt.fill",
                                                       "gearshape.2"};
     return QString::fromLatin1(kSymbols[std::size_t(category)]);
+}
+
+namespace {
+struct ReasonName {
+    const char* key;
+    const char* code;
+};
+constexpr std::array<ReasonName, 16> kReasonNames{{
+    {"reason.namedAfterID", "namedAfterID"},
+    {"reason.namedAfterName", "namedAfterName"},
+    {"reason.preferencesOfID", "preferencesOfID"},
+    {"reason.byHostPreferencesOfID", "byHostPreferencesOfID"},
+    {"reason.containerNamedAfterID", "containerNamedAfterID"},
+    {"reason.containerMetadataNamesID", "containerMetadataNamesID"},
+    {"reason.groupContainerSigned", "groupContainerSigned"},
+    {"reason.groupContainerOfID", "groupContainerOfID"},
+    {"reason.scriptsOfID", "scriptsOfID"},
+    {"reason.scriptsOfGroup", "scriptsOfGroup"},
+    {"reason.savedStateOfID", "savedStateOfID"},
+    {"reason.cookiesOfID", "cookiesOfID"},
+    {"reason.launchdFileNamedAfterID", "launchdFileNamedAfterID"},
+    {"reason.launchdLabel", "launchdLabel"},
+    {"reason.launchdProgramInBundle", "launchdProgramInBundle"},
+    {"reason.privilegedHelperDeclared", "privilegedHelperDeclared"},
+}};
+} // namespace
+
+QList<QList<const RelatedFile*>> groupedByCategory(const QList<RelatedFile>& files)
+{
+    QList<QList<const RelatedFile*>> groups(int(RelatedCategory::privilegedHelpers) + 1);
+    for (const RelatedFile& file : files)
+        groups[int(file.category)].append(&file);
+    groups.removeIf([](const QList<const RelatedFile*>& group) { return group.isEmpty(); });
+    for (auto& group : groups)
+        std::stable_sort(group.begin(), group.end(),
+                         [](const RelatedFile* a, const RelatedFile* b) { return a->size > b->size; });
+    return groups;
+}
+
+const char* matchReasonKey(MatchReason::Kind kind)
+{
+    return kReasonNames[std::size_t(kind)].key;
+}
+
+QString matchReasonCode(MatchReason::Kind kind)
+{
+    return QString::fromLatin1(kReasonNames[std::size_t(kind)].code);
 }
 
 namespace AppRelatedFiles {
@@ -234,52 +296,64 @@ Identity Identity::build(const QString& bundleID, const QString& name,
     return identity;
 }
 
-bool entryMatches(const QByteArray& path, const Identity& identity, MatchRule rule)
+std::optional<MatchReason> matchReason(const QByteArray& path, const Identity& identity, MatchRule rule)
 {
     const QString name = QFile::decodeName(path.mid(path.lastIndexOf('/') + 1));
     const QSet<QString> ids = nonEmpty(identity.bundleIDs);
     switch (rule) {
     case MatchRule::idOnly:
-        return ids.contains(name);
-    case MatchRule::idOrName:
+        return ids.contains(name) ? because(Kind::namedAfterID, name) : std::nullopt;
+    case MatchRule::idOrName: {
         if (ids.contains(name))
-            return true;
-        return std::any_of(
-            identity.names.cbegin(), identity.names.cend(), [&](const QString& known) {
-                return !known.isEmpty() && known.compare(name, Qt::CaseInsensitive) == 0;
+            return because(Kind::namedAfterID, name);
+        const auto known = std::find_if(
+            identity.names.cbegin(), identity.names.cend(), [&](const QString& candidate) {
+                return !candidate.isEmpty() && candidate.compare(name, Qt::CaseInsensitive) == 0;
             });
+        return known != identity.names.cend() ? because(Kind::namedAfterName, *known) : std::nullopt;
+    }
     case MatchRule::preferencePlist:
-        return equalsSomeIdWith(name, ids, u".plist");
-    case MatchRule::byHostPlist:
-        return std::any_of(ids.cbegin(), ids.cend(), [&](const QString& id) {
-            const qsizetype head = id.size() + 1;
-            if (!name.startsWith(id + u'.') || !name.endsWith(QLatin1String(".plist")) ||
+        return idWithSuffix(name, ids, u".plist", Kind::preferencesOfID);
+    case MatchRule::byHostPlist: {
+        const auto id = std::find_if(ids.cbegin(), ids.cend(), [&](const QString& candidate) {
+            const qsizetype head = candidate.size() + 1;
+            if (!name.startsWith(candidate + u'.') || !name.endsWith(QLatin1String(".plist")) ||
                 name.size() < head + 6)
                 return false;
             return isUuid(QStringView(name).mid(head, name.size() - head - 6));
         });
+        return id != ids.cend() ? because(Kind::byHostPreferencesOfID, *id) : std::nullopt;
+    }
     case MatchRule::container:
         return containerMatches(path, name, ids);
-    case MatchRule::groupContainer:
+    case MatchRule::groupContainer: {
         if (identity.groupIDs.contains(name))
-            return true;
-        return std::any_of(ids.cbegin(), ids.cend(), [&](const QString& id) {
-            return name == id || name.endsWith(u'.' + id);
+            return because(Kind::groupContainerSigned, name);
+        const auto id = std::find_if(ids.cbegin(), ids.cend(), [&](const QString& candidate) {
+            return name == candidate || name.endsWith(u'.' + candidate);
         });
+        return id != ids.cend() ? because(Kind::groupContainerOfID, *id) : std::nullopt;
+    }
     case MatchRule::applicationScripts:
-        return ids.contains(name) || identity.groupIDs.contains(name);
+        if (ids.contains(name))
+            return because(Kind::scriptsOfID, name);
+        return identity.groupIDs.contains(name) ? because(Kind::scriptsOfGroup, name) : std::nullopt;
     case MatchRule::savedState:
-        return equalsSomeIdWith(name, ids, u".savedState");
+        return idWithSuffix(name, ids, u".savedState", Kind::savedStateOfID);
     case MatchRule::cookies:
-        return equalsSomeIdWith(name, ids, u".binarycookies");
+        return idWithSuffix(name, ids, u".binarycookies", Kind::cookiesOfID);
     case MatchRule::httpStorages:
-        return ids.contains(name) || equalsSomeIdWith(name, ids, u".binarycookies");
+        if (ids.contains(name))
+            return because(Kind::namedAfterID, name);
+        return idWithSuffix(name, ids, u".binarycookies", Kind::cookiesOfID);
     case MatchRule::launchdPlist:
         return launchdMatches(path, name, identity, ids);
     case MatchRule::privilegedHelper:
-        return identity.privilegedHelperIDs.contains(name);
+        return identity.privilegedHelperIDs.contains(name)
+                   ? because(Kind::privilegedHelperDeclared, name)
+                   : std::nullopt;
     }
-    return false;
+    return std::nullopt;
 }
 
 QList<RelatedFile> search(const Identity& identity, const QByteArray& home,
@@ -293,17 +367,18 @@ QList<RelatedFile> search(const Identity& identity, const QByteArray& home,
             const bool descends = qstrcmp(location.relativePath, "Application Support") == 0;
             for (const QByteArray& entry : directoryEntries(folder)) {
                 const QByteArray path = folder + '/' + entry;
-                QByteArrayList candidates;
-                if (entryMatches(path, identity, location.rule)) {
-                    candidates.append(path);
+                QList<std::pair<QByteArray, MatchReason>> candidates;
+                if (const Reason reason = matchReason(path, identity, location.rule)) {
+                    candidates.append({path, *reason});
                 } else if (descends && isRealDirectory(path)) {
                     // One level, only here: Application Support/Vendor/Product.
                     for (const QByteArray& child : directoryEntries(path)) {
-                        if (entryMatches(path + '/' + child, identity, MatchRule::idOrName))
-                            candidates.append(path + '/' + child);
+                        const QByteArray inner = path + '/' + child;
+                        if (const Reason reason = matchReason(inner, identity, MatchRule::idOrName))
+                            candidates.append({inner, *reason});
                     }
                 }
-                for (const QByteArray& candidate : candidates) {
+                for (const auto& [candidate, reason] : candidates) {
                     const QByteArray standard = standardizedPath(candidate);
                     if (seen.contains(standard))
                         continue; // the first row to find a path names its category
@@ -311,6 +386,7 @@ QList<RelatedFile> search(const Identity& identity, const QByteArray& home,
                     RelatedFile file;
                     file.url = candidate;
                     file.category = location.category;
+                    file.reason = reason;
                     file.size = allocatedSize(candidate);
                     const QString name =
                         QFile::decodeName(candidate.mid(candidate.lastIndexOf('/') + 1));

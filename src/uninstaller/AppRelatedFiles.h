@@ -35,15 +35,51 @@ enum class RelatedCategory {
 [[nodiscard]] QString relatedCategoryTitle(RelatedCategory category);
 [[nodiscard]] QString relatedCategorySymbol(RelatedCategory category);
 
+// Why a leftover is offered: the rule that matched it and the identifier or
+// name it matched, so that the user can judge an item before it goes.
+struct MatchReason {
+    enum class Kind {
+        namedAfterID,
+        namedAfterName,
+        preferencesOfID,
+        byHostPreferencesOfID,
+        containerNamedAfterID,
+        containerMetadataNamesID,
+        groupContainerSigned,
+        groupContainerOfID,
+        scriptsOfID,
+        scriptsOfGroup,
+        savedStateOfID,
+        cookiesOfID,
+        launchdFileNamedAfterID,
+        launchdLabel,
+        launchdProgramInBundle,
+        privilegedHelperDeclared,
+    };
+    Kind kind = Kind::namedAfterID;
+    QString identifier; // the identifier, name or program path that matched
+    bool operator==(const MatchReason&) const = default;
+};
+// The catalogue key of the reason's text, with one "%@" for the identifier.
+[[nodiscard]] const char* matchReasonKey(MatchReason::Kind kind);
+// A short stable word for machine output ("namedAfterID").
+[[nodiscard]] QString matchReasonCode(MatchReason::Kind kind);
+
 struct RelatedFile {
     QUuid id = QUuid::createUuid();
     QByteArray url; // the path's bytes
     RelatedCategory category = RelatedCategory::applicationSupport;
     qint64 size = 0;
     bool isShared = false;
+    MatchReason reason;
     // Equal by id alone.
     bool operator==(const RelatedFile& other) const { return id == other.id; }
 };
+
+// The files by category, in category order, empty categories left out;
+// within a category largest first, equal sizes in the list's order. The
+// pointers point into `files`.
+[[nodiscard]] QList<QList<const RelatedFile*>> groupedByCategory(const QList<RelatedFile>& files);
 
 namespace AppRelatedFiles {
 
@@ -77,8 +113,15 @@ enum class MatchRule {
     privilegedHelper,
 };
 
+// Why the entry at `path` belongs to the application by `rule`, or nothing
+// when it does not.
+[[nodiscard]] std::optional<MatchReason> matchReason(const QByteArray& path, const Identity& identity,
+                                                     MatchRule rule);
 // Whether the entry at `path` belongs to the application by `rule`.
-[[nodiscard]] bool entryMatches(const QByteArray& path, const Identity& identity, MatchRule rule);
+[[nodiscard]] inline bool entryMatches(const QByteArray& path, const Identity& identity, MatchRule rule)
+{
+    return matchReason(path, identity, rule).has_value();
+}
 
 // The walk over the fifteen locations in `home`/Library and then
 // `systemLibrary`, sorted by path (code points).

@@ -48,7 +48,7 @@ void InstalledApp::setRelatedLoading(bool loading)
 
 bool InstalledApp::isRunning() const
 {
-    return runningBundleIdentifiers().contains(m_bundleID);
+    return systemRunningApplications().isRunning(m_bundleID, m_url);
 }
 
 qint64 InstalledApp::totalSize() const

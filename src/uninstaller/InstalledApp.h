@@ -50,8 +50,8 @@ public:
     [[nodiscard]] bool relatedLoaded() const { return m_relatedLoaded; }
     [[nodiscard]] bool relatedLoading() const { return m_relatedLoading; }
     void setRelatedLoading(bool loading);
-    // Whether a running application has exactly this identifier; asked afresh
-    // on every call.
+    // Whether the system's list of running applications holds this one; asked
+    // afresh on every call.
     [[nodiscard]] Q_INVOKABLE bool isRunning() const;
     // bundleSize plus the related files' sizes.
     [[nodiscard]] qint64 totalSize() const;

@@ -434,6 +434,28 @@ private Q_SLOTS:
         }
         QCOMPARE(relatedCategoryTitle(RelatedCategory::httpStorages),
                  QStringLiteral("HTTP Storages"));
+        // Each item says which rule and which identifier made it Foo's.
+        QHash<QString, MatchReason> reasons;
+        for (const RelatedFile& file : found)
+            reasons.insert(relativePaths({file}, root).first(), file.reason);
+        using K = MatchReason::Kind;
+        const QString id = QStringLiteral("com.example.foo");
+        const QList<std::pair<const char*, MatchReason>> expected{
+            {"home/Library/Containers/0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0", {K::containerMetadataNamesID, id}},
+            {"home/Library/Containers/com.example.foo", {K::containerNamedAfterID, id}},
+            {"home/Library/Group Containers/TEAM.group.foo", {K::groupContainerSigned, QStringLiteral("TEAM.group.foo")}},
+            {"home/Library/Group Containers/ABCDE12345.com.example.foo", {K::groupContainerOfID, id}},
+            {"home/Library/Preferences/com.example.foo.plist", {K::preferencesOfID, id}},
+            {"home/Library/Caches/com.example.foo", {K::namedAfterID, id}},
+            {"Library/LaunchDaemons/com.other.plist", {K::launchdLabel, QStringLiteral("com.example.foo.helper")}},
+            {"Library/LaunchAgents/org.someone.starter.plist",
+             {K::launchdProgramInBundle, QString::fromUtf8(app + "/Contents/MacOS/main")}},
+            {"Library/PrivilegedHelperTools/com.example.foo.helper",
+             {K::privilegedHelperDeclared, QStringLiteral("com.example.foo.helper")}},
+        };
+        for (const auto& [path, reason] : expected)
+            QCOMPARE(reasons.value(QString::fromUtf8(path)), reason);
+        QCOMPARE(reasons.value(QStringLiteral("home/Library/Logs/Foo")).kind, K::namedAfterName);
 
         // A helper not declared by the application is never found, even by its identifier's name.
         const Identity undeclared =

@@ -1,5 +1,7 @@
 #include "AppsCommand.h"
 
+#include "localization/LocalizationManager.h"
+#include "localization/TextFormat.h"
 #include "uninstaller/AppDiscovery.h"
 #include "uninstaller/AppRelatedFiles.h"
 #include "uninstaller/Bundle.h"
@@ -85,7 +87,11 @@ int runRelated(const QByteArrayList& args)
         files.append(QJsonObject{{QStringLiteral("path"), QFile::decodeName(file.url)},
                                  {QStringLiteral("category"), relatedCategoryTitle(file.category)},
                                  {QStringLiteral("size"), double(file.size)},
-                                 {QStringLiteral("shared"), file.isShared}});
+                                 {QStringLiteral("shared"), file.isShared},
+                                 {QStringLiteral("reason"),
+                                  fillText(LocalizationManager::lookup(
+                                               Language::english, QString::fromLatin1(matchReasonKey(file.reason.kind))),
+                                           file.reason.identifier)}});
         total += file.size;
     }
     print({{QStringLiteral("app"), app->name()},

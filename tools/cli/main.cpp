@@ -4,6 +4,7 @@
 #include "AppsCommand.h"
 #include "ScanCommand.h"
 #include "TrashCommand.h"
+#include "UninstallCommand.h"
 
 #include <QCoreApplication>
 
@@ -17,7 +18,9 @@ void printUsage()
     std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n"
                "       tidewick-cli trash [--json] PATH...\n"
                "       tidewick-cli apps [ROOT...]\n"
-               "       tidewick-cli related BUNDLE [--home DIR] [--system-library DIR]\n",
+               "       tidewick-cli related BUNDLE [--home DIR] [--system-library DIR]\n"
+               "       tidewick-cli uninstall BUNDLE [--home DIR] [--system-library DIR] [--include-shared]\n"
+               "                              [--dry-run] [--json]\n",
                stderr);
 }
 } // namespace
@@ -55,6 +58,8 @@ int run(int argc, char* argv[])
         return tw::cli::runApps(raw);
     if (command == "related")
         return tw::cli::runRelated(raw);
+    if (command == QLatin1String("uninstall"))
+        return tw::cli::runUninstall(raw);
     printUsage();
     return 2;
 }

@@ -8,6 +8,7 @@
 #include "app/DiskAccess.h"
 #include "localization/LocalizationManager.h"
 #include "platform/ProcessRunner.h"
+#include "platform/RunningApplications.h"
 #include "platform/VolumeFacts.h"
 #include "localization/TextFormat.h"
 #include "scan/FileNode.h"
@@ -25,7 +26,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 #include <fcntl.h>
 #include <functional>
 #include <optional>
@@ -84,6 +89,77 @@ public:
         return path == "/" || path.startsWith("/home");
     }
     bool hasFullDiskAccess() const override { return false; }
+};
+
+// The applications screen's made-up machine: a few applications with sizes,
+// dates and leftovers, and switches for the slow and the running cases.
+struct MadeUpApps : RunningApplications {
+    bool slowDiscovery = false;
+    bool slowSearch = false;
+    std::atomic<bool> running{false};
+
+    bool isRunning(const QString&, const QByteArray&) const override { return running; }
+    bool terminate(const QString&, const QByteArray&) override { return running.exchange(false); }
+
+    static std::vector<std::unique_ptr<InstalledApp>> list()
+    {
+        struct Made {
+            const char* name;
+            const char* id;
+            const char* version;
+            int daysAgo; // -1: never opened
+        };
+        static constexpr Made kApps[] = {
+            {"Affinity Photo", "com.seriflabs.affinityphoto", "2.4.1", 3},
+            {"Blender", "org.blenderfoundation.blender", "4.1", 40},
+            {"Calculator", "com.apple.calculator", "", -1},
+            {"Docker", "com.docker.docker", "4.29.0", 1},
+            {"Firefox", "org.mozilla.firefox", "125.0", 0},
+            {"Slack", "com.tinyspeck.slackmacgap", "4.37.101", 9},
+            {"Visual Studio Code", "com.microsoft.VSCode", "1.89.0", 400},
+            {"Xcode", "com.apple.dt.Xcode", "15.3", 120},
+        };
+        std::vector<std::unique_ptr<InstalledApp>> apps;
+        const QDateTime now = QDateTime::currentDateTime();
+        for (const Made& made : kApps) {
+            const QString name = QString::fromUtf8(made.name);
+            apps.push_back(std::make_unique<InstalledApp>(
+                QFile::encodeName(QStringLiteral("/Applications/") + name + QStringLiteral(".app")), name,
+                QString::fromUtf8(made.id),
+                made.version[0] ? std::optional<QString>(QString::fromUtf8(made.version)) : std::nullopt,
+                made.daysAgo < 0 ? std::nullopt : std::optional<QDateTime>(now.addSecs(-made.daysAgo * 86400LL - 7200)),
+                QByteArray()));
+        }
+        return apps;
+    }
+    static qint64 size(const QByteArray& url) { return 40'000'000 + qint64(qHash(url) % 3000) * 1'000'000; }
+    static QList<RelatedFile> related(const QString& id, const QString& name)
+    {
+        const QByteArray home = "/Users/alex/Library/";
+        const QByteArray bid = id.toUtf8();
+        const auto file = [](QByteArray url, RelatedCategory category, qint64 size, MatchReason::Kind kind,
+                             const QString& identifier, bool shared = false) {
+            RelatedFile made;
+            made.url = std::move(url);
+            made.category = category;
+            made.size = size;
+            made.isShared = shared;
+            made.reason = {kind, identifier};
+            return made;
+        };
+        return {file(home + "Application Support/" + name.toUtf8(), RelatedCategory::applicationSupport,
+                     812'000'000, MatchReason::Kind::namedAfterName, name),
+                file(home + "Caches/" + bid, RelatedCategory::caches, 301'000'000, MatchReason::Kind::namedAfterID, id),
+                file(home + "Containers/" + bid, RelatedCategory::containers, 96'000'000,
+                     MatchReason::Kind::containerNamedAfterID, id),
+                file(home + "Group Containers/group." + bid, RelatedCategory::groupContainers, 54'000'000,
+                     MatchReason::Kind::groupContainerSigned, QStringLiteral("group.") + id, true),
+                file(home + "Preferences/" + bid + ".plist", RelatedCategory::preferences, 8192,
+                     MatchReason::Kind::preferencesOfID, id),
+                file(home + "LaunchAgents/" + bid + ".helper.plist", RelatedCategory::launchAgents, 4096,
+                     MatchReason::Kind::launchdProgramInBundle,
+                     QStringLiteral("/Applications/") + name + QStringLiteral(".app/Contents/MacOS/helper"))};
+    }
 };
 
 bool writeFile(const QByteArray& path, qint64 bytes)
@@ -191,6 +267,20 @@ public:
         services.processes = &m_tool;
         m_volume.mountPoint = unseenRoot;
         services.diskAccess = access;
+        services.running = &m_apps;
+        const bool slowDiscovery = m_apps.slowDiscovery;
+        const bool slowSearch = m_apps.slowSearch;
+        services.discoverApps = [slowDiscovery] {
+            if (slowDiscovery)
+                std::this_thread::sleep_for(std::chrono::seconds(3));
+            return MadeUpApps::list();
+        };
+        services.bundleSize = MadeUpApps::size;
+        services.findRelated = [slowSearch](const QString& id, const QString& name, const QByteArray&) {
+            if (slowSearch)
+                std::this_thread::sleep_for(std::chrono::seconds(3));
+            return MadeUpApps::related(id, name);
+        };
         AppState state(services);
         QQuickView view;
         installScreens(*view.engine());
@@ -219,6 +309,13 @@ public:
     }
 
     void setOnly(QString only) { m_only = std::move(only); }
+    // The next shots' applications: slow to find, slow to search, running.
+    void setApps(bool slowDiscovery, bool slowSearch, bool running)
+    {
+        m_apps.slowDiscovery = slowDiscovery;
+        m_apps.slowSearch = slowSearch;
+        m_apps.running = running;
+    }
     [[nodiscard]] const QByteArray& sampleTree() const { return m_sampleTree; }
 
 private:
@@ -228,6 +325,7 @@ private:
     QString m_suffix;
     MadeUpVolume m_volume;
     MadeUpTmutil m_tool;
+    MadeUpApps m_apps;
 };
 
 bool scanSample(AppState& state, const QByteArray& path)
@@ -257,6 +355,92 @@ bool hoverChart(QQuickView& view, double degrees, double fraction)
     QTest::mouseMove(&view, at - QPoint(2, 2));
     QTest::mouseMove(&view, at);
     return true;
+}
+
+// The applications mode with its list sized; `select` opens the detail panel
+// of the first row after its leftovers have been found.
+bool showApps(AppState& state, QQuickView& view, bool select)
+{
+    state.setMode(AppState::Mode::apps);
+    if (!waitFor([&] {
+            return state.appCount() > 0 &&
+                   std::all_of(state.apps().cbegin(), state.apps().cend(),
+                               [](const InstalledApp* app) { return app->bundleSize() > 0; });
+        }))
+        return false;
+    if (!select)
+        return true;
+    InstalledApp* app = state.apps().first();
+    findItem(view, "appsScreen")->setProperty("selected", QVariant::fromValue(app));
+    state.loadRelatedIfNeeded(app);
+    return waitFor([&] { return app->relatedLoaded(); });
+}
+
+bool renderAppScreens(Renderer& renderer)
+{
+    bool ok = true;
+    renderer.setApps(false, false, false);
+    ok &= renderer.shoot(QStringLiteral("apps-list"),
+                         [](AppState& state, QQuickView& view) { return showApps(state, view, false); });
+    ok &= renderer.shoot(QStringLiteral("apps-detail"),
+                         [](AppState& state, QQuickView& view) { return showApps(state, view, true); });
+    ok &= renderer.shoot(QStringLiteral("apps-search"), [](AppState& state, QQuickView& view) {
+        if (!showApps(state, view, false))
+            return false;
+        findItem(view, "appsSearch")->setProperty("text", QStringLiteral(" com.apple "));
+        return true;
+    });
+    ok &= renderer.shoot(QStringLiteral("apps-menu"), [](AppState& state, QQuickView& view) {
+        if (!showApps(state, view, false))
+            return false;
+        QQuickItem* list = findItem(view, "appsList");
+        QTest::mouseClick(&view, Qt::RightButton, {}, list->mapToScene(QPointF(200, 30)).toPoint());
+        return true;
+    });
+    ok &= renderer.shoot(QStringLiteral("uninstall"), [](AppState& state, QQuickView& view) {
+        if (!showApps(state, view, true))
+            return false;
+        state.setUninstallCandidate(state.apps().first());
+        return true;
+    });
+    ok &= renderer.shoot(QStringLiteral("permission-prompt"), [](AppState& state, QQuickView& view) {
+        if (!showApps(state, view, true))
+            return false;
+        InstalledApp* app = state.apps().first();
+        BatchOutcome outcome;
+        for (const RelatedFile& file : app->related().mid(0, 3))
+            outcome.succeeded.append(file.url);
+        outcome.failed.append({app->url(), QStringLiteral("Operation not permitted")});
+        outcome.failed.append({QFile::encodeName(QDir::homePath()) +
+                                   "/Library/Group Containers/group.com.seriflabs.affinityphoto.shared-settings-store",
+                               QStringLiteral("Operation not permitted")});
+        state.applyUninstallResult(app, app->url(), outcome);
+        return state.permissionPrompt().has_value();
+    });
+    renderer.setApps(true, false, false);
+    ok &= renderer.shoot(QStringLiteral("apps-loading"), [](AppState& state, QQuickView&) {
+        state.setMode(AppState::Mode::apps);
+        return state.appsLoading();
+    });
+    renderer.setApps(false, true, false);
+    ok &= renderer.shoot(QStringLiteral("uninstall-searching"), [](AppState& state, QQuickView& view) {
+        if (!showApps(state, view, false))
+            return false;
+        InstalledApp* app = state.apps().first();
+        state.loadRelatedIfNeeded(app);
+        state.setUninstallCandidate(app);
+        return true;
+    });
+    renderer.setApps(false, false, true);
+    ok &= renderer.shoot(QStringLiteral("uninstall-running"), [](AppState& state, QQuickView& view) {
+        if (!showApps(state, view, true))
+            return false;
+        state.setUninstallCandidate(state.apps().at(3));
+        state.loadRelatedIfNeeded(state.apps().at(3));
+        return waitFor([&] { return state.apps().at(3)->relatedLoaded(); });
+    });
+    renderer.setApps(false, false, false);
+    return ok;
 }
 
 bool renderAll(Renderer& renderer)
@@ -400,10 +584,7 @@ bool renderAll(Renderer& renderer)
             return true;
         },
         nullptr, tree);
-    ok &= renderer.shoot(QStringLiteral("apps-mode"), [](AppState& state, QQuickView&) {
-        state.setMode(AppState::Mode::apps);
-        return true;
-    });
+    ok &= renderAppScreens(renderer);
     ok &= renderer.shoot(QStringLiteral("language-menu"), [](AppState&, QQuickView& view) {
         QQuickItem* button = findItem(view, "languageButton");
         if (!button)

@@ -14,7 +14,11 @@ QImage fitted(const QImage& image, const QSize& size)
 {
     QImage canvas(size, QImage::Format_ARGB32_Premultiplied);
     canvas.fill(Qt::transparent);
-    const QImage scaled = image.scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    // The theme hands out bitmaps marked with the screen's pixel ratio; the
+    // caller asked for device pixels, so draw them as plain pixels.
+    QImage source = image;
+    source.setDevicePixelRatio(1);
+    const QImage scaled = source.scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     QPainter painter(&canvas);
     painter.drawImage((size.width() - scaled.width()) / 2, (size.height() - scaled.height()) / 2,
                       scaled);

@@ -4,16 +4,40 @@
 
 namespace tw {
 
-QSet<QString> runningBundleIdentifiers()
+namespace {
+
+NSRunningApplication* firstRunning(const QString& bundleID)
 {
-    QSet<QString> identifiers;
-    @autoreleasepool {
-        for (NSRunningApplication* app in NSWorkspace.sharedWorkspace.runningApplications) {
-            if (app.bundleIdentifier)
-                identifiers.insert(QString::fromNSString(app.bundleIdentifier));
+    for (NSRunningApplication* app in NSWorkspace.sharedWorkspace.runningApplications) {
+        if (app.bundleIdentifier && QString::fromNSString(app.bundleIdentifier) == bundleID)
+            return app;
+    }
+    return nil;
+}
+
+class MacRunningApplications final : public RunningApplications {
+public:
+    bool isRunning(const QString& bundleID, const QByteArray&) const override
+    {
+        @autoreleasepool {
+            return firstRunning(bundleID) != nil;
         }
     }
-    return identifiers;
+    bool terminate(const QString& bundleID, const QByteArray&) override
+    {
+        @autoreleasepool {
+            NSRunningApplication* app = firstRunning(bundleID);
+            return app != nil && [app terminate];
+        }
+    }
+};
+
+} // namespace
+
+RunningApplications& systemRunningApplications()
+{
+    static MacRunningApplications running;
+    return running;
 }
 
 } // namespace tw

@@ -1,0 +1,141 @@
+// The applications screen in a window, offscreen, driven by the keyboard:
+// arrows select, Return opens the uninstall dialog, Escape closes it, the
+// find shortcut reaches the search only while no dialog is up, and a reload
+// closes the detail panel. Any QML warning fails the test.
+
+#include "app/AppState.h"
+#include "localization/LocalizationManager.h"
+#include "platform/FileReveal.h"
+#include "platform/RunningApplications.h"
+#include "screens/ScreensSetup.h"
+
+#include <QQmlExtensionPlugin>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickView>
+#include <QStandardPaths>
+#include <QtTest>
+
+Q_IMPORT_QML_PLUGIN(TidewickPlugin)
+
+using namespace tw;
+
+namespace {
+
+QStringList g_warnings;
+
+void recordWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg)
+        g_warnings.append(message);
+}
+
+class NothingRuns final : public RunningApplications {
+public:
+    bool isRunning(const QString&, const QByteArray&) const override { return false; }
+    bool terminate(const QString&, const QByteArray&) override { return false; }
+};
+
+class NoReveal final : public FileReveal {
+public:
+    void reveal(const QByteArray&) override {}
+};
+
+QQuickItem* findIn(QQuickItem* at, const QString& name)
+{
+    if (at->objectName() == name)
+        return at;
+    for (QQuickItem* child : at->childItems()) {
+        if (QQuickItem* found = findIn(child, name))
+            return found;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class AppsViewTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QQuickStyle::setStyle(QStringLiteral("Fusion"));
+        LocalizationManager::shared().setCurrent(Language::english);
+        qInstallMessageHandler(recordWarnings);
+    }
+
+    void keyboardFlow()
+    {
+        NothingRuns running;
+        NoReveal reveal;
+        AppState::Services services;
+        services.running = &running;
+        services.reveal = &reveal;
+        services.discoverApps = [] {
+            std::vector<std::unique_ptr<InstalledApp>> apps;
+            for (const char* name : {"Notes", "Safari", "Xcode"})
+                apps.push_back(std::make_unique<InstalledApp>(QByteArray("/Applications/") + name + ".app",
+                                                              QString::fromLatin1(name),
+                                                              QStringLiteral("com.apple.") + QLatin1String(name),
+                                                              std::nullopt, std::nullopt, QByteArray()));
+            return apps;
+        };
+        services.bundleSize = [](const QByteArray& url) { return qint64(url.size()) * 1000; };
+        services.findRelated = [](const QString&, const QString&, const QByteArray&) { return QList<RelatedFile>{}; };
+        AppState state(services);
+        QQuickView view;
+        installScreens(*view.engine());
+        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)}});
+        view.setResizeMode(QQuickView::SizeRootObjectToView);
+        view.resize(1080, 720);
+        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        const auto item = [&](const char* name) { return findIn(view.contentItem(), QString::fromLatin1(name)); };
+
+        state.setMode(AppState::Mode::apps);
+        QTRY_COMPARE(item("appsList")->property("count").toInt(), 3);
+        QQuickItem* screen = item("appsScreen");
+        QQuickItem* search = item("appsSearch");
+
+        // Find, then down into the list: the first row is selected and its panel opens.
+        QTest::keyClick(&view, Qt::Key_F, Qt::ControlModifier);
+        QTRY_VERIFY(search->hasActiveFocus());
+        QTest::keyClick(&view, Qt::Key_Down);
+        QVERIFY(item("appsList")->hasActiveFocus());
+        QTest::keyClick(&view, Qt::Key_Down);
+        auto* selected = screen->property("selected").value<InstalledApp*>();
+        QVERIFY(selected);
+        QTRY_VERIFY(selected->relatedLoaded());
+        QTRY_VERIFY(item("appDetailPanel")->isVisible());
+        QCOMPARE(item("detailName")->property("text").toString(), selected->name());
+
+        // Return opens the dialog for the selection; find does nothing under it; Escape closes it.
+        QTest::keyClick(&view, Qt::Key_Return);
+        QCOMPARE(state.uninstallCandidate(), selected);
+        QTRY_VERIFY(item("uninstallConfirm")->isVisible());
+        QTest::keyClick(&view, Qt::Key_F, Qt::ControlModifier);
+        QVERIFY(!search->hasActiveFocus());
+        QTest::keyClick(&view, Qt::Key_Escape);
+        QCOMPARE(state.uninstallCandidate(), nullptr);
+
+        // A search with blanks around it.
+        search->setProperty("text", QStringLiteral(" Safari "));
+        QTRY_COMPARE(item("appsList")->property("count").toInt(), 1);
+        search->setProperty("text", QString());
+
+        // A reload gives every application a new identity: the panel closes.
+        state.reloadApps();
+        QTRY_COMPARE(item("appsList")->property("count").toInt(), 3);
+        QVERIFY(screen->property("selected").value<InstalledApp*>() == nullptr);
+        QTRY_VERIFY(!item("appDetailPanel")->isVisible());
+
+        qInstallMessageHandler(nullptr);
+        QVERIFY2(g_warnings.isEmpty(), qPrintable(g_warnings.join(u'\n')));
+    }
+};
+
+QTEST_MAIN(AppsViewTest)
+#include "tst_appsview.moc"

@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 
+#include "analytics/Analytics.h"
 #include "platform/FileReveal.h"
 #include "platform/VolumeFacts.h"
 #include "screens/FullDiskAccess.h"
@@ -24,6 +25,13 @@ AppState::AppState(Services services, QObject* parent) : QObject(parent), m_serv
         m_services.diskAccess = &systemDiskAccess();
     if (!m_services.reveal)
         m_services.reveal = &systemFileReveal();
+    // The flows announce these; the usage events follow from the announcement.
+    connect(this, &AppState::appUninstalled, this, [](const QString& bundleId) {
+        Analytics::logEvent(AnalyticsEvent::appUninstalled, {{QStringLiteral("bundle_id"), bundleId}});
+    });
+    connect(this, &AppState::snapshotsThinned, this, [](qint64 freedBytes) {
+        Analytics::logEvent(AnalyticsEvent::snapshotsThinned, {{QStringLiteral("freed_bytes"), std::max<qint64>(freedBytes, 0)}});
+    });
 }
 
 AppState::~AppState()
@@ -126,6 +134,7 @@ void AppState::setMode(Mode mode)
     if (m_mode == mode)
         return;
     m_mode = mode;
+    Analytics::logEvent(AnalyticsEvent::modeSwitched, {{QStringLiteral("mode"), toText(mode)}});
     Q_EMIT modeChanged();
 }
 

@@ -160,6 +160,8 @@ Q_SIGNALS:
     void deletionFinished(bool succeeded);
     void errorMessageChanged();
     void snapshotsChanged();
+    void appUninstalled(const QString& bundleId);
+    void snapshotsThinned(qint64 freedBytes);
 
 private:
     void applyReport(const QUuid& stamp, const ScanProgress& report);

@@ -109,7 +109,7 @@ public:
     {
         m_queue.push_back({m_nextSequence++, event});
         trim();
-        save();
+        saveSoon();
         schedule(m_options.batchDelayMs);
     }
 
@@ -134,11 +134,23 @@ private:
             m_queue.pop_front();
     }
 
-    // Every change reaches the disk before anything is sent; a write that
-    // fails leaves the previous file whole (QSaveFile) and is tried again
-    // with the next change.
+    // A burst of events is written once, after the calls already waiting.
+    void saveSoon()
+    {
+        if (std::exchange(m_savePending, true))
+            return;
+        QTimer::singleShot(0, this, [this] {
+            m_savePending = false;
+            save();
+        });
+    }
+
+    // The whole queue, replaced atomically: a write that fails (a full disk,
+    // a read-only home) leaves the previous file whole, and the next change
+    // tries again.
     bool save()
     {
+        m_savePending = false;
         if (m_options.queueFile.isEmpty())
             return false;
         QJsonArray events;
@@ -196,7 +208,7 @@ private:
                 return std::find(m_inFlight.begin(), m_inFlight.end(), queued.sequence) != m_inFlight.end();
             });
             m_inFlight.clear();
-            save();
+            saveSoon();
             m_backoffMs = 0;
             schedule(0);
             return;
@@ -217,6 +229,7 @@ private:
     QTimer m_timer{this};
     int m_backoffMs = 0; // the last wait after a failure; 0 after a success
     bool m_retrying = false;
+    bool m_savePending = false;
 };
 
 MeasurementProtocolSink::MeasurementProtocolSink(Options options)

@@ -8,7 +8,7 @@ namespace tw {
 QString freedesktopIconName(const QString& symbol)
 {
     // Symbolic (single-colour) icons, so that a tint gives them the symbol's colour.
-    static constexpr std::array<std::pair<const char*, const char*>, 24> kTable{{
+    static constexpr std::array<std::pair<const char*, const char*>, 25> kTable{{
         {"folder.fill", "folder-symbolic"},
         {"folder", "folder-open-symbolic"},
         {"doc.fill", "text-x-generic-symbolic"},
@@ -33,6 +33,7 @@ QString freedesktopIconName(const QString& symbol)
         {"app.dashed", "application-x-executable-symbolic"},
         {"magnifyingglass", "edit-find-symbolic"},
         {"arrow.up.forward.app", "send-to-symbolic"},
+        {"arrow.up.right", "send-to-symbolic"},
     }};
     for (const auto& [sf, freedesktop] : kTable) {
         if (symbol == QLatin1String(sf))

@@ -8,6 +8,7 @@
 #include "chart/ChartScreenModel.h"
 #include "chart/NodeActions.h"
 #include "screens/ScreensModel.h"
+#include "sponsored/AdService.h"
 
 #include <QQmlEngine>
 
@@ -42,6 +43,13 @@ struct ScreensModelForeign {
     Q_GADGET
     QML_FOREIGN(tw::ScreensModel)
     QML_NAMED_ELEMENT(ScreensModel)
+};
+
+struct AdServiceForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::AdService)
+    QML_NAMED_ELEMENT(AdService)
+    QML_UNCREATABLE("The application makes the one AdService and hands it to the window.")
 };
 
 } // namespace tw::qml

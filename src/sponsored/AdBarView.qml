@@ -14,7 +14,8 @@ Item {
 
     implicitHeight: shown ? strip.implicitHeight : 0
     opacity: shown ? 1 : 0
-    visible: implicitHeight > 0
+    // Visible while it shows an item or is still folding away.
+    visible: shown || height > 0
     // The strip rises from the bottom edge as the bar grows, and fades.
     clip: true
     Behavior on implicitHeight {

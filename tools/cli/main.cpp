@@ -2,6 +2,7 @@
 // for the benchmarks. Not part of the app.
 
 #include "AppsCommand.h"
+#include "FeedCommand.h"
 #include "ScanCommand.h"
 #include "TrashCommand.h"
 
@@ -16,7 +17,8 @@ void printUsage()
     std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n"
                "       tidewick-cli trash [--json] PATH...\n"
                "       tidewick-cli apps [ROOT...]\n"
-               "       tidewick-cli related BUNDLE [--home DIR] [--system-library DIR]\n",
+               "       tidewick-cli related BUNDLE [--home DIR] [--system-library DIR]\n"
+               "       tidewick-cli feed [--base URL] [--locale CODE]\n",
                stderr);
 }
 } // namespace
@@ -33,6 +35,8 @@ int main(int argc, char* argv[])
     const QString command = args.takeFirst();
     if (command == QLatin1String("scan"))
         return tw::cli::runScan(args);
+    if (command == QLatin1String("feed"))
+        return tw::cli::runFeed(args);
     // File names are bytes: take them from argv as they came.
     QByteArrayList raw;
     for (int i = 2; i < argc; ++i)

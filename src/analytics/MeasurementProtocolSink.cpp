@@ -24,11 +24,14 @@ namespace tw {
 namespace {
 constexpr int kRequestTimeoutMs = 15000;
 constexpr const char* kInstanceKey = "Tidewick.analyticsInstance";
+// The service keeps at most this many characters of a text parameter; a
+// longer one (a sponsored item's long link) is cut here rather than there.
+constexpr qsizetype kMaxTextParameter = 100;
 
 QJsonValue toJson(const AnalyticsValue& value)
 {
     if (const auto* text = std::get_if<QString>(&value))
-        return *text;
+        return text->left(kMaxTextParameter);
     if (const auto* number = std::get_if<qint64>(&value))
         return double(*number);
     return std::get<bool>(value);

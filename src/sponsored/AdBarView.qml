@@ -51,7 +51,6 @@ Item {
             implicitHeight: bar.isBanner ? 128 : textRow.implicitHeight + 12
             // Reachable by Tab; a click leaves the keyboard where it was.
             focusPolicy: Qt.TabFocus
-            Accessible.role: Accessible.Link
             Accessible.name: bar.isBanner ? (bar.ad.alt || "") : (bar.ad.text || "")
             Accessible.description: bar.ad.link || ""
             ToolTip.visible: hovered && !!bar.ad.link

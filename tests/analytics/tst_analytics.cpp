@@ -3,13 +3,13 @@
 // real HTTP server on 127.0.0.1 (batches, retries, the queue file).
 
 #include "LocalHttpServer.h"
+#include "MemoryStore.h"
 #include "TestFiles.h"
 #include "analytics/MeasurementProtocolSink.h"
 #include "analytics/RecordingAnalyticsSink.h"
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
-#include "localization/SettingsStore.h"
 #include "platform/VolumeFacts.h"
 
 #include <QJsonArray>
@@ -35,16 +35,6 @@ class OpenAccess final : public DiskAccess {
 public:
     bool requiresFullDiskAccess(const QByteArray&) const override { return false; }
     bool hasFullDiskAccess() const override { return true; }
-};
-
-class MemoryStore final : public SettingsStore {
-public:
-    std::optional<QString> string(const QString& key) const override
-    {
-        return values.contains(key) ? std::optional<QString>(values.value(key)) : std::nullopt;
-    }
-    void setString(const QString& key, const QString& value) override { values.insert(key, value); }
-    QMap<QString, QString> values;
 };
 
 using Event = RecordingAnalyticsSink::Event;

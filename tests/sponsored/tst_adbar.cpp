@@ -4,11 +4,11 @@
 // welcome screen raises. Any QML warning fails the test.
 
 #include "LocalHttpServer.h"
+#include "MemoryStore.h"
 #include "analytics/RecordingAnalyticsSink.h"
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
 #include "localization/LocalizationManager.h"
-#include "localization/SettingsStore.h"
 #include "screens/ScreensSetup.h"
 #include "sponsored/AdService.h"
 
@@ -22,6 +22,7 @@
 Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
 using namespace tw;
+using namespace tw::test;
 
 namespace {
 
@@ -40,21 +41,9 @@ public:
     bool hasFullDiskAccess() const override { return false; }
 };
 
-class MemoryStore final : public SettingsStore {
-public:
-    std::optional<QString> string(const QString&) const override { return std::nullopt; }
-    void setString(const QString&, const QString&) override {}
-};
-
-QQuickItem* findIn(QQuickItem* at, const QString& name)
+QQuickItem* findIn(QObject* at, const QString& name)
 {
-    if (at->objectName() == name)
-        return at;
-    for (QQuickItem* child : at->childItems()) {
-        if (QQuickItem* found = findIn(child, name))
-            return found;
-    }
-    return nullptr;
+    return at->findChild<QQuickItem*>(name);
 }
 
 } // namespace
@@ -114,8 +103,8 @@ private Q_SLOTS:
         view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
-        QQuickItem* bar = findIn(view.contentItem(), QStringLiteral("adBar"));
-        QQuickItem* button = findIn(view.contentItem(), QStringLiteral("adButton"));
+        QQuickItem* bar = findIn(view.rootObject(), QStringLiteral("adBar"));
+        QQuickItem* button = findIn(view.rootObject(), QStringLiteral("adButton"));
         QVERIFY(bar && button);
 
         // The window's start-up asked the feed; the item fills a bar of the text row's height.
@@ -146,10 +135,10 @@ private Q_SLOTS:
 
         // The welcome screen raises each start event before it asks for the scan.
         recorder->clear();
-        QMetaObject::invokeMethod(findIn(view.contentItem(), QStringLiteral("welcomeScreen")), "scanEntireMac");
+        QMetaObject::invokeMethod(findIn(view.rootObject(), QStringLiteral("welcomeScreen")), "scanEntireMac");
         QVERIFY(state.fdaPromptForURL().has_value());
         state.dismissFullDiskAccessPrompt();
-        QMetaObject::invokeMethod(findIn(view.contentItem(), QStringLiteral("welcomeScreen")), "scanHome");
+        QMetaObject::invokeMethod(findIn(view.rootObject(), QStringLiteral("welcomeScreen")), "scanHome");
         state.dismissFullDiskAccessPrompt();
         QVERIFY((recorder->events() == QList<RecordingAnalyticsSink::Event>{{QStringLiteral("scan_started_entire_mac"), {}},
                                                                           {QStringLiteral("scan_started_home"), {}}}));

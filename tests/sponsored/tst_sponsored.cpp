@@ -2,9 +2,9 @@
 // requests, the service's answers table and pace, and the click report.
 
 #include "LocalHttpServer.h"
+#include "MemoryStore.h"
 #include "analytics/RecordingAnalyticsSink.h"
 #include "localization/LocalizationManager.h"
-#include "localization/SettingsStore.h"
 #include "sponsored/AdService.h"
 
 #include <QJsonDocument>
@@ -13,18 +13,9 @@
 #include <QtTest>
 
 using namespace tw;
+using namespace tw::test;
 
 namespace {
-
-class MemoryStore final : public SettingsStore {
-public:
-    std::optional<QString> string(const QString& key) const override
-    {
-        return values.contains(key) ? std::optional<QString>(values.value(key)) : std::nullopt;
-    }
-    void setString(const QString& key, const QString& value) override { values.insert(key, value); }
-    QMap<QString, QString> values;
-};
 
 QByteArray textItem(const QString& extraAd = {}, const QString& meta = {})
 {

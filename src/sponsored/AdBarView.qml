@@ -70,7 +70,10 @@ Item {
                 border.color: Style.accent
             }
 
-            contentItem: Item {
+            // Plain children rather than a deferred contentItem, so that the
+            // row's parts can name each other.
+            Item {
+                anchors.fill: parent
                 Row {
                     id: textRow
                     objectName: "adTextRow"
@@ -96,7 +99,8 @@ Item {
                             objectName: "adIcon"
                             anchors.fill: parent
                             source: bar.isBanner ? "" : (bar.ad.iconUrl || "")
-                            sourceSize: Qt.size(18 * Screen.devicePixelRatio, 18 * Screen.devicePixelRatio)
+                            sourceSize.width: 18 * Screen.devicePixelRatio
+                            sourceSize.height: 18 * Screen.devicePixelRatio
                             fillMode: Image.PreserveAspectCrop
                             smooth: true
                             mipmap: true

@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 
+#include "analytics/Analytics.h"
 #include "platform/FileReveal.h"
 #include "platform/ProcessRunner.h"
 #include "platform/VolumeFacts.h"
@@ -27,6 +28,13 @@ AppState::AppState(Services services, QObject* parent) : QObject(parent), m_serv
         m_services.reveal = &systemFileReveal();
     if (!m_services.processes)
         m_services.processes = &systemProcessRunner();
+    // The flows announce these; the usage events follow from the announcement.
+    connect(this, &AppState::appUninstalled, this, [](const QString& bundleId) {
+        Analytics::logEvent(AnalyticsEvent::appUninstalled, {{QStringLiteral("bundle_id"), bundleId}});
+    });
+    connect(this, &AppState::snapshotsThinned, this, [](qint64 freedBytes) {
+        Analytics::logEvent(AnalyticsEvent::snapshotsThinned, {{QStringLiteral("freed_bytes"), std::max<qint64>(freedBytes, 0)}});
+    });
 }
 
 AppState::~AppState()
@@ -140,6 +148,7 @@ void AppState::setMode(Mode mode)
     if (m_mode == mode)
         return;
     m_mode = mode;
+    Analytics::logEvent(AnalyticsEvent::modeSwitched, {{QStringLiteral("mode"), toText(mode)}});
     Q_EMIT modeChanged();
 }
 

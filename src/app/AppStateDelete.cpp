@@ -1,6 +1,8 @@
 // AppState: moving the confirmed item to the Trash and taking it out of the tree.
 
 #include "app/AppState.h"
+
+#include "analytics/Analytics.h"
 #include "removal/Recycle.h"
 
 #include <QMetaObject>
@@ -63,8 +65,8 @@ void AppState::confirmDelete()
 
 void AppState::itemDeleted(const NodeRef& node, qint64 size, bool isDirectory)
 {
-    Q_UNUSED(size);
-    Q_UNUSED(isDirectory);
+    Analytics::logEvent(AnalyticsEvent::itemDeleted,
+                        {{QStringLiteral("size_bytes"), size}, {QStringLiteral("is_directory"), isDirectory}});
     // The whole scanned thing has gone: nothing is left to show.
     if (node.get() == m_root.get()) {
         resetToWelcome();

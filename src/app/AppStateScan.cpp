@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 
+#include "analytics/Analytics.h"
 #include "app/DiskAccess.h"
 #include "platform/VolumeFacts.h"
 
@@ -111,6 +112,8 @@ void AppState::finishScan(const QUuid& stamp, const std::shared_ptr<ScanTree>& t
     setVolumeCapacity(m_services.volumes->capacity(path));
     setUnseenSpace(survey ? std::optional(unseenSpaceFrom(*survey, root->size(), unreadableFolderCount()))
                           : std::nullopt);
+    Analytics::logEvent(AnalyticsEvent::scanCompleted, {{QStringLiteral("size_bytes"), root->size()},
+                                                        {QStringLiteral("children_count"), qint64(root->childCount())}});
     setPhase(Phase::ready);
     setRefreshing(false);
     // The notice only when something was missed and the grant could have helped.

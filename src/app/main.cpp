@@ -1,7 +1,10 @@
+#include "analytics/Analytics.h"
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
 #include "platform/WindowChrome.h"
+#include "localization/LocalizationManager.h"
 #include "screens/ScreensSetup.h"
+#include "sponsored/AdService.h"
 
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
@@ -19,6 +22,7 @@ int main(int argc, char* argv[])
     tw::prepareWindowChrome();
     QGuiApplication::setOrganizationName(QStringLiteral("Tidewick"));
     QGuiApplication::setApplicationName(QStringLiteral("Tidewick"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(TIDEWICK_VERSION));
     QGuiApplication::setQuitOnLastWindowClosed(tw::AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     // One look everywhere; the screens draw their own controls over it.
     if (qEnvironmentVariableIsEmpty("QT_QUICK_CONTROLS_STYLE"))
@@ -29,9 +33,11 @@ int main(int argc, char* argv[])
 
     // Lives as long as the window: made before the engine, destroyed after it.
     tw::AppState state;
+    tw::AdService ads(tw::LocalizationManager::shared());
     QQmlApplicationEngine engine;
     tw::installScreens(engine);
-    engine.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)}});
+    engine.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)},
+                                 {QStringLiteral("adService"), QVariant::fromValue(&ads)}});
     QObject::connect(
         &engine, &QQmlApplicationEngine::objectCreationFailed, &app,
         [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
@@ -46,5 +52,8 @@ int main(int argc, char* argv[])
             window->setProperty("leadingInset", tw::applyWindowChrome(*window));
         }
     }
-    return QGuiApplication::exec();
+    const int status = QGuiApplication::exec();
+    // Writes what is queued and stops the sender while Qt is still whole.
+    tw::Analytics::configure(nullptr);
+    return status;
 }

@@ -8,7 +8,7 @@ namespace tw {
 QString freedesktopIconName(const QString& symbol)
 {
     // Symbolic (single-colour) icons, so that a tint gives them the symbol's colour.
-    static constexpr std::array<std::pair<const char*, const char*>, 40> kTable{{
+    static constexpr std::array<std::pair<const char*, const char*>, 41> kTable{{
         {"folder.fill", "folder-symbolic"},
         {"folder", "folder-open-symbolic"},
         {"doc.fill", "text-x-generic-symbolic"},
@@ -49,6 +49,7 @@ QString freedesktopIconName(const QString& symbol)
         {"bolt.horizontal", "system-run-symbolic"},
         {"bolt.fill", "applications-system-symbolic"},
         {"gearshape.2", "applications-engineering-symbolic"},
+        {"arrow.up.right", "send-to-symbolic"},
     }};
     for (const auto& [sf, freedesktop] : kTable) {
         if (symbol == QLatin1String(sf))

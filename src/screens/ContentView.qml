@@ -9,6 +9,8 @@ import Tidewick
 Item {
     id: content
     required property AppState appState
+    // The sponsored feed; no bar without one (tests and the screenshot tool).
+    property AdService adService: null
     property int leadingInset: 0
     // A dialog, an alert or the folder picker is up. The screens beneath are
     // disabled meanwhile: Tab stays within the dialog, and no key of a
@@ -18,6 +20,8 @@ Item {
                                     || folderDialog.visible
                                     || appState.uninstallCandidate !== null
                                     || appState.permissionPrompt.id !== undefined
+
+    Component.onCompleted: if (adService) adService.start()
 
     ScreensModel {
         id: screensModel
@@ -74,8 +78,14 @@ Item {
                 visible: content.appState.mode === AppState.Mode.folder && content.appState.phase === AppState.Phase.welcome
                 localSnapshotCount: content.appState.localSnapshotCount
                 thinning: content.appState.thinningSnapshots
-                onScanEntireMac: content.appState.requestScan("/")
-                onScanHome: content.appState.requestScan(screensModel.homePath)
+                onScanEntireMac: {
+                    UsageEvents.scanStartedEntireMac();
+                    content.appState.requestScan("/");
+                }
+                onScanHome: {
+                    UsageEvents.scanStartedHome();
+                    content.appState.requestScan(screensModel.homePath);
+                }
                 onPickFolder: folderDialog.open()
                 onThinSnapshots: content.appState.confirmThinSnapshots = true
                 onAppeared: content.appState.refreshSnapshotCount()
@@ -97,6 +107,13 @@ Item {
                     onOpenFullDiskAccessSettings: Qt.openUrlExternally(screensModel.fullDiskAccessSettingsUrl)
                 }
             }
+        }
+
+        AdBarView {
+            objectName: "adBar"
+            Layout.fillWidth: true
+            Layout.preferredHeight: implicitHeight
+            ads: content.adService
         }
     }
 
@@ -164,7 +181,10 @@ Item {
         title: Loc.strings["panel.message"]
         acceptLabel: Loc.strings["panel.prompt"]
         parentWindow: content.Window.window
-        onAccepted: screensModel.scanPickedFolder(selectedFolder)
+        onAccepted: {
+            UsageEvents.scanStartedFolder();
+            screensModel.scanPickedFolder(selectedFolder);
+        }
     }
 
     AlertDialog {

@@ -6,6 +6,7 @@ import Tidewick
 Window {
     id: window
     required property AppState appState
+    property AdService adService: null
     // Room the platform's window buttons need at the top row's leading edge.
     property int leadingInset: 0
 
@@ -21,6 +22,7 @@ Window {
     ContentView {
         anchors.fill: parent
         appState: window.appState
+        adService: window.adService
         leadingInset: window.leadingInset
     }
 }

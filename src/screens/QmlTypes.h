@@ -12,6 +12,7 @@
 #include "uninstaller/AppsListModel.h"
 #include "uninstaller/InstalledApp.h"
 #include "uninstaller/UninstallChoices.h"
+#include "sponsored/AdService.h"
 
 #include <QQmlEngine>
 
@@ -71,6 +72,13 @@ struct UninstallChoicesForeign {
     Q_GADGET
     QML_FOREIGN(tw::UninstallChoices)
     QML_NAMED_ELEMENT(UninstallChoices)
+};
+
+struct AdServiceForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::AdService)
+    QML_NAMED_ELEMENT(AdService)
+    QML_UNCREATABLE("The application makes the one AdService and hands it to the window.")
 };
 
 } // namespace tw::qml

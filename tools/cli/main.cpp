@@ -2,6 +2,7 @@
 // for the benchmarks. Not part of the app.
 
 #include "AppsCommand.h"
+#include "FeedCommand.h"
 #include "ScanCommand.h"
 #include "TrashCommand.h"
 #include "UninstallCommand.h"
@@ -20,7 +21,8 @@ void printUsage()
                "       tidewick-cli apps [ROOT...]\n"
                "       tidewick-cli related BUNDLE [--home DIR] [--system-library DIR]\n"
                "       tidewick-cli uninstall BUNDLE [--home DIR] [--system-library DIR] [--include-shared]\n"
-               "                              [--dry-run] [--json]\n",
+               "                              [--dry-run] [--json]\n"
+               "       tidewick-cli feed [--base URL] [--locale CODE]\n",
                stderr);
 }
 } // namespace
@@ -58,7 +60,13 @@ int run(int argc, char* argv[])
         return tw::cli::runApps(raw);
     if (command == "related")
         return tw::cli::runRelated(raw);
-    if (command == QLatin1String("uninstall"))
+    if (command == "feed") {
+        QStringList args;
+        for (const QByteArray& arg : raw)
+            args.append(QString::fromLocal8Bit(arg));
+        return tw::cli::runFeed(args);
+    }
+    if (command == "uninstall")
         return tw::cli::runUninstall(raw);
     printUsage();
     return 2;

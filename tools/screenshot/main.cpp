@@ -13,6 +13,7 @@
 #include "localization/TextFormat.h"
 #include "scan/FileNode.h"
 #include "screens/ScreensSetup.h"
+#include "sponsored/AdService.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -443,6 +444,43 @@ bool renderAppScreens(Renderer& renderer)
     return ok;
 }
 
+// The sponsored bar in both forms, with its image and with one that never
+// loads. The items are set directly: the feed is never asked.
+bool renderAdBars(Renderer& renderer)
+{
+    AdService::Options options;
+    options.apiBase = QUrl(); // a language change's refresh fails at once, offline
+    AdService ads(LocalizationManager::shared(), options);
+    const QUrl link(QStringLiteral("https://example.com/offer?from=tidewick"));
+    const auto text = [&](std::optional<QUrl> icon) {
+        return Ad{QStringLiteral("t1"), link, QStringLiteral("en"),
+                  {AdContent::Text{std::move(icon), QStringLiteral("Back up every Mac in the house to one encrypted "
+                                                                   "drive, automatically, without a subscription or "
+                                                                   "an account, in less than a minute a day, from the menu bar or the command line, "
+                                                                   "with every copy checked twice")}},
+                  std::nullopt, std::nullopt};
+    };
+    const auto banner = [&](QUrl image) {
+        return Ad{QStringLiteral("b1"), link, QStringLiteral("en"),
+                  {AdContent::Banner{std::move(image), 728, 90, QStringLiteral("Tidewick")}}, std::nullopt, std::nullopt};
+    };
+    const std::pair<const char*, Ad> shots[] = {
+        {"adbar-text", text(std::nullopt)},
+        {"adbar-text-icon", text(QUrl(QStringLiteral("qrc:/Tidewick/app_icon.png")))},
+        {"adbar-banner", banner(QUrl(QStringLiteral("qrc:/Tidewick/main_logo.png")))},
+        {"adbar-banner-failed", banner(QUrl(QStringLiteral("qrc:/Tidewick/missing.png")))},
+    };
+    bool ok = true;
+    for (const auto& [name, ad] : shots) {
+        ok &= renderer.shoot(QString::fromLatin1(name), [&ads, ad = ad](AppState&, QQuickView& view) {
+            ads.setCurrentAd(ad);
+            return view.rootObject()->setProperty("adService", QVariant::fromValue(&ads));
+        });
+    }
+    ads.setCurrentAd(std::nullopt);
+    return ok;
+}
+
 bool renderAll(Renderer& renderer)
 {
     NoGrant noGrant;
@@ -594,6 +632,7 @@ bool renderAll(Renderer& renderer)
             button->mapToScene(QPointF(button->width() / 2, button->height() / 2)).toPoint());
         return true;
     });
+    ok &= renderAdBars(renderer);
     return ok;
 }
 

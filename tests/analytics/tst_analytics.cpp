@@ -1,0 +1,267 @@
+// The usage events: the launch steps, each event where its flow raises it
+// with its parameters' types, and the Measurement Protocol sender against a
+// real HTTP server on 127.0.0.1 (batches, retries, the queue file).
+
+#include "LocalHttpServer.h"
+#include "MemoryStore.h"
+#include "TestFiles.h"
+#include "analytics/MeasurementProtocolSink.h"
+#include "analytics/RecordingAnalyticsSink.h"
+#include "app/AppDelegate.h"
+#include "app/AppState.h"
+#include "app/DiskAccess.h"
+#include "platform/VolumeFacts.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QUrlQuery>
+#include <QtTest>
+
+using namespace tw;
+using namespace tw::test;
+
+namespace {
+
+class NoVolumes final : public VolumeFacts {
+public:
+    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override { return std::nullopt; }
+    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::unknown; }
+};
+
+class OpenAccess final : public DiskAccess {
+public:
+    bool requiresFullDiskAccess(const QByteArray&) const override { return false; }
+    bool hasFullDiskAccess() const override { return true; }
+};
+
+using Event = RecordingAnalyticsSink::Event;
+
+// Every event the server took, in order, from the bodies it was sent.
+QList<QJsonObject> eventsIn(const QList<HttpRequest>& requests)
+{
+    QList<QJsonObject> events;
+    for (const HttpRequest& request : requests) {
+        for (const QJsonValue& event : QJsonDocument::fromJson(request.body).object().value(QStringLiteral("events")).toArray())
+            events.append(event.toObject());
+    }
+    return events;
+}
+
+} // namespace
+
+class AnalyticsTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    NoVolumes m_volumes;
+    OpenAccess m_access;
+    std::shared_ptr<RecordingAnalyticsSink> m_recorder;
+    LocalHttpServer m_server;
+
+    AppState::Services services()
+    {
+        AppState::Services s;
+        s.volumes = &m_volumes;
+        s.diskAccess = &m_access;
+        return s;
+    }
+    MeasurementProtocolSink::Options senderOptions(const QString& queueName)
+    {
+        MeasurementProtocolSink::Options options;
+        options.config = {QStringLiteral("1:23:ios:45"), QStringLiteral("s3cret"), m_server.url(QStringLiteral("/mp/collect"))};
+        options.queueFile = m_dir.filePath(queueName);
+        options.appInstanceId = QStringLiteral("0123456789abcdef0123456789abcdef");
+        options.batchDelayMs = 0;
+        options.initialBackoffMs = 1;
+        options.maxBackoffMs = 4;
+        return options;
+    }
+    static void logNumbered(AnalyticsSink& sink, int count, int from = 0)
+    {
+        for (int i = from; i < from + count; ++i)
+            sink.logEvent(QStringLiteral("item_deleted"), {{QStringLiteral("size_bytes"), qint64(i)}});
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        QVERIFY(m_server.listen());
+    }
+    void init()
+    {
+        m_recorder = std::make_shared<RecordingAnalyticsSink>();
+        Analytics::configure(m_recorder);
+        m_server.requests.clear();
+        m_server.handler = [](const HttpRequest&) { return HttpResponse{204, {}}; };
+    }
+    void cleanup() { Analytics::configure(nullptr); }
+
+    void launchSetsUpTheReportingThenLogsOnce()
+    {
+        AppDelegate().applicationDidFinishLaunching(m_recorder);
+        QCOMPARE(m_recorder->userProperties(), (QMap<QString, QString>{{QStringLiteral("distribution"), QStringLiteral("direct")}}));
+        QVERIFY(m_recorder->defaultParameters() == (AnalyticsParameters{{QStringLiteral("distribution"), QStringLiteral("direct")}}));
+        QVERIFY((m_recorder->events() == QList<Event>{{QStringLiteral("app_launched"), {}}}));
+        // No configuration anywhere: nothing is sent.
+        QVERIFY(!AnalyticsConfig::load(m_dir.filePath(QStringLiteral("absent.json"))));
+        QVERIFY(dynamic_cast<NullAnalyticsSink*>(AppDelegate::makeSink(m_dir.filePath(QStringLiteral("absent.json"))).get()));
+    }
+
+    void scanAndDeletionRaiseTheirEvents()
+    {
+        const QByteArray root = QFile::encodeName(m_dir.filePath(QStringLiteral("tree")));
+        makeDir(root);
+        makeDir(root + "/folder");
+        writeFile(root + "/folder/data", 8192);
+        writeFile(root + "/file", 4096);
+
+        AppState::Services s = services();
+        s.recycle = [](const QByteArray&) -> std::optional<QString> { return std::nullopt; };
+        AppState state(s);
+        // A cancelled scan completes nothing.
+        state.requestScan(root);
+        state.cancelScan();
+        QTest::qWait(100);
+        QVERIFY(m_recorder->events().isEmpty());
+
+        state.requestScan(root);
+        QVERIFY(QTest::qWaitFor([&] { return state.phase() == AppState::Phase::ready; }, 20000));
+        const Event completed{QStringLiteral("scan_completed"),
+                              {{QStringLiteral("size_bytes"), state.root()->size()}, {QStringLiteral("children_count"), qint64(2)}}};
+        QVERIFY((m_recorder->events() == QList<Event>{completed}));
+
+        QSignalSpy finished(&state, &AppState::deletionFinished);
+        const NodeRef folder = state.root().sibling(state.root().tree()->find(root + "/folder"));
+        const qint64 folderSize = folder->size();
+        state.setDeleteCandidate(folder);
+        state.confirmDelete();
+        QVERIFY(finished.wait(5000));
+        const Event deleted{QStringLiteral("item_deleted"),
+                            {{QStringLiteral("size_bytes"), folderSize}, {QStringLiteral("is_directory"), true}}};
+        QVERIFY(m_recorder->events() == (QList<Event>{completed, deleted}));
+
+        // A failed move raises nothing.
+        AppState::Services refusing = services();
+        refusing.recycle = [](const QByteArray&) -> std::optional<QString> { return QStringLiteral("no"); };
+        AppState other(refusing);
+        other.requestScan(root);
+        QVERIFY(QTest::qWaitFor([&] { return other.phase() == AppState::Phase::ready; }, 20000));
+        m_recorder->clear();
+        QSignalSpy failed(&other, &AppState::deletionFinished);
+        other.setDeleteCandidate(other.root().sibling(other.root().tree()->find(root + "/file")));
+        other.confirmDelete();
+        QVERIFY(failed.wait(5000));
+        QVERIFY(m_recorder->events().isEmpty());
+    }
+
+    void modesAppsAndSnapshotsRaiseTheirEvents()
+    {
+        AppState state(services());
+        state.setMode(AppState::Mode::apps);
+        state.setMode(AppState::Mode::apps);
+        state.setMode(AppState::Mode::folder);
+        Q_EMIT state.appUninstalled(QStringLiteral("com.example.Editor"));
+        Q_EMIT state.snapshotsThinned(0);
+        Q_EMIT state.snapshotsThinned(5'000'000'000);
+        const QList<Event> expected{
+            {QStringLiteral("mode_switched"), {{QStringLiteral("mode"), QStringLiteral("apps")}}},
+            {QStringLiteral("mode_switched"), {{QStringLiteral("mode"), QStringLiteral("folder")}}},
+            {QStringLiteral("app_uninstalled"), {{QStringLiteral("bundle_id"), QStringLiteral("com.example.Editor")}}},
+            {QStringLiteral("snapshots_thinned"), {{QStringLiteral("freed_bytes"), qint64(0)}}},
+            {QStringLiteral("snapshots_thinned"), {{QStringLiteral("freed_bytes"), qint64(5'000'000'000)}}},
+        };
+        QVERIFY(m_recorder->events() == expected);
+    }
+
+    void sendsTypedEventsInBatches()
+    {
+        MemoryStore store;
+        const QString id = MeasurementProtocolSink::appInstanceId(store);
+        QCOMPARE(id.size(), 32);
+        QCOMPARE(MeasurementProtocolSink::appInstanceId(store), id);
+
+        auto options = senderOptions(QStringLiteral("batches.json"));
+        options.batchDelayMs = 100; // the burst below shares requests
+        MeasurementProtocolSink sink(options);
+        sink.setUserProperty(QStringLiteral("distribution"), QStringLiteral("direct"));
+        sink.setDefaultEventParameters({{QStringLiteral("distribution"), QStringLiteral("direct")}});
+        sink.logEvent(QStringLiteral("item_deleted"), {{QStringLiteral("size_bytes"), qint64(5'000'000'000)},
+                                                       {QStringLiteral("is_directory"), false}});
+        logNumbered(sink, 59);
+        QTRY_COMPARE_WITH_TIMEOUT(eventsIn(m_server.requests).size(), 60, 10000);
+
+        bool fullBatch = false;
+        for (const HttpRequest& request : m_server.requests) {
+            QCOMPARE(request.method, QByteArray("POST"));
+            const QUrlQuery query(QUrl(QString::fromLatin1(request.target)));
+            QCOMPARE(query.queryItemValue(QStringLiteral("firebase_app_id")), QStringLiteral("1:23:ios:45"));
+            QCOMPARE(query.queryItemValue(QStringLiteral("api_secret")), QStringLiteral("s3cret"));
+            const QJsonObject body = QJsonDocument::fromJson(request.body).object();
+            QCOMPARE(body.value(QStringLiteral("app_instance_id")).toString(), options.appInstanceId);
+            QCOMPARE(body[QStringLiteral("user_properties")][QStringLiteral("distribution")][QStringLiteral("value")].toString(),
+                     QStringLiteral("direct"));
+            const qsizetype count = body.value(QStringLiteral("events")).toArray().size();
+            QVERIFY(count >= 1 && count <= 25);
+            fullBatch = fullBatch || count == 25;
+        }
+        QVERIFY(fullBatch);
+        const QJsonObject params = eventsIn(m_server.requests).first().value(QStringLiteral("params")).toObject();
+        QVERIFY(params.value(QStringLiteral("size_bytes")).isDouble());
+        QCOMPARE(params.value(QStringLiteral("size_bytes")).toInteger(), 5'000'000'000);
+        QVERIFY(params.value(QStringLiteral("is_directory")).isBool());
+        QCOMPARE(params.value(QStringLiteral("distribution")).toString(), QStringLiteral("direct"));
+    }
+
+    void retriesUntilTakenExactlyOnce()
+    {
+        int failures = 2;
+        m_server.handler = [&](const HttpRequest&) { return HttpResponse{failures-- > 0 ? 503 : 204, {}}; };
+        MeasurementProtocolSink sink(senderOptions(QStringLiteral("retry.json")));
+        logNumbered(sink, 30);
+        QTRY_VERIFY_WITH_TIMEOUT(failures < 0 && QFileInfo(m_dir.filePath(QStringLiteral("retry.json"))).size() < 20, 10000);
+        QTest::qWait(50);
+        QList<qint64> taken;
+        const QList<HttpRequest> accepted = m_server.requests.mid(2);
+        for (const QJsonObject& event : eventsIn(accepted))
+            taken.append(event[QStringLiteral("params")][QStringLiteral("size_bytes")].toInteger());
+        QList<qint64> expected;
+        for (qint64 i = 0; i < 30; ++i)
+            expected.append(i);
+        QCOMPARE(taken, expected);
+    }
+
+    void keepsTheQueueAcrossARestart()
+    {
+        LocalHttpServer down;
+        QVERIFY(down.listen());
+        down.handler = [](const HttpRequest&) { return HttpResponse{500, {}}; };
+        auto options = senderOptions(QStringLiteral("restart.json"));
+        options.config.endpoint = down.url(QStringLiteral("/mp/collect"));
+        {
+            MeasurementProtocolSink sink(options);
+            logNumbered(sink, MeasurementProtocolSink::kMaxQueued + 5);
+            QTRY_VERIFY(!down.requests.isEmpty());
+        }
+        // The oldest five made room; the rest goes out from the file.
+        options.config.endpoint = m_server.url(QStringLiteral("/mp/collect"));
+        MeasurementProtocolSink restarted(options);
+        QTRY_COMPARE_WITH_TIMEOUT(eventsIn(m_server.requests).size(), MeasurementProtocolSink::kMaxQueued, 10000);
+        QCOMPARE(eventsIn(m_server.requests).first()[QStringLiteral("params")][QStringLiteral("size_bytes")].toInteger(), 5);
+
+        // A queue that cannot be written is no reason to lose or stop anything.
+        auto unwritable = senderOptions(QStringLiteral("missing-dir/file"));
+        QVERIFY(QFile(m_dir.filePath(QStringLiteral("missing-dir"))).open(QIODevice::WriteOnly));
+        m_server.requests.clear();
+        MeasurementProtocolSink blocked(unwritable);
+        logNumbered(blocked, 3);
+        QTRY_COMPARE(eventsIn(m_server.requests).size(), 3);
+    }
+};
+
+QTEST_GUILESS_MAIN(AnalyticsTest)
+#include "tst_analytics.moc"

@@ -1,0 +1,149 @@
+// The sponsored bar in the real window: fed by the service over local HTTP,
+// gone without an item, one keyboard-reachable button whose press raises the
+// event, reports the click and opens the link. Also the scan-start events the
+// welcome screen raises. Any QML warning fails the test.
+
+#include "LocalHttpServer.h"
+#include "MemoryStore.h"
+#include "analytics/RecordingAnalyticsSink.h"
+#include "app/AppState.h"
+#include "app/DiskAccess.h"
+#include "localization/LocalizationManager.h"
+#include "screens/ScreensSetup.h"
+#include "sponsored/AdService.h"
+
+#include <QDesktopServices>
+#include <QQmlExtensionPlugin>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickView>
+#include <QtTest>
+
+Q_IMPORT_QML_PLUGIN(TidewickPlugin)
+
+using namespace tw;
+using namespace tw::test;
+
+namespace {
+
+QStringList g_warnings;
+
+void recordWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg)
+        g_warnings.append(message);
+}
+
+// Every location asks for the grant, so no scan of this machine ever starts.
+class NoGrant final : public DiskAccess {
+public:
+    bool requiresFullDiskAccess(const QByteArray&) const override { return true; }
+    bool hasFullDiskAccess() const override { return false; }
+};
+
+QQuickItem* findIn(QObject* at, const QString& name)
+{
+    return at->findChild<QQuickItem*>(name);
+}
+
+} // namespace
+
+class AdBarTest : public QObject {
+    Q_OBJECT
+
+public:
+    QList<QUrl> opened;
+
+public Q_SLOTS:
+    // Stands in for the browser: nothing leaves this machine.
+    void open(const QUrl& url) { opened.append(url); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qInstallMessageHandler(recordWarnings);
+        QQuickStyle::setStyle(QStringLiteral("Fusion"));
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open");
+        QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "open");
+    }
+    void cleanup()
+    {
+        QVERIFY2(g_warnings.isEmpty(), qPrintable(g_warnings.join(u'\n')));
+        Analytics::configure(nullptr);
+    }
+
+    void barFollowsTheFeedAndActsOnPress()
+    {
+        auto recorder = std::make_shared<RecordingAnalyticsSink>();
+        Analytics::configure(recorder);
+        LocalHttpServer server;
+        QVERIFY(server.listen());
+        server.handler = [](const HttpRequest& request) {
+            if (request.method == "POST")
+                return HttpResponse{200, "{}"};
+            return HttpResponse{200, "{\"ad\":{\"kind\":\"text\",\"id\":\"a9\",\"link\":\"https://example.com/go\","
+                                     "\"locale\":\"en\",\"text\":\"A sponsored line\"}}"};
+        };
+        MemoryStore store;
+        LocalizationManager localization(store, {QStringLiteral("en")});
+        AdService::Options options;
+        options.apiBase = server.url();
+        AdService ads(localization, options);
+        NoGrant noGrant;
+        AppState::Services services;
+        services.diskAccess = &noGrant;
+        AppState state(services);
+
+        QQuickView view;
+        installScreens(*view.engine());
+        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)},
+                                   {QStringLiteral("adService"), QVariant::fromValue(&ads)}});
+        view.setResizeMode(QQuickView::SizeRootObjectToView);
+        view.resize(1080, 720);
+        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QQuickItem* bar = findIn(view.rootObject(), QStringLiteral("adBar"));
+        QQuickItem* button = findIn(view.rootObject(), QStringLiteral("adButton"));
+        QVERIFY(bar && button);
+
+        // The window's start-up asked the feed; the item fills a bar of the text row's height.
+        QTRY_VERIFY(ads.hasAd());
+        QTRY_COMPARE(bar->height(), 1 + 18 + 12.0);
+        QCOMPARE(findIn(button, QStringLiteral("adText"))->property("text").toString(), QStringLiteral("A sponsored line"));
+
+        // Reachable by the keyboard alone, and a press does all three things.
+        for (int i = 0; i < 20 && !button->hasActiveFocus(); ++i)
+            QTest::keyClick(&view, Qt::Key_Tab);
+        QVERIFY(button->hasActiveFocus());
+        QTest::keyClick(&view, Qt::Key_Space);
+        QCOMPARE(opened, QList<QUrl>{QUrl(QStringLiteral("https://example.com/go"))});
+        QTRY_COMPARE(server.requests.last().method, QByteArray("POST"));
+        QCOMPARE(server.requests.last().target, QByteArray("/api/v1/ads/a9/click"));
+        QVERIFY((recorder->events() == QList<RecordingAnalyticsSink::Event>{
+                     {QStringLiteral("ad_clicked"),
+                      {{QStringLiteral("ad_id"), QStringLiteral("a9")}, {QStringLiteral("link"), QStringLiteral("https://example.com/go")}}}}));
+
+        // A banner is 128 high whether or not its image arrives; no item, no room.
+        ads.setCurrentAd(Ad{QStringLiteral("b"), QUrl(QStringLiteral("https://example.com")), {},
+                            {AdContent::Banner{server.url(QStringLiteral("/none.png")), 10, 10, std::nullopt}}, {}, {}});
+        QTRY_COMPARE(bar->height(), 1 + 128.0);
+        g_warnings.clear(); // the image that does not load says so
+        ads.setCurrentAd(std::nullopt);
+        QTRY_COMPARE(bar->height(), 0.0);
+        QVERIFY(!bar->isVisible());
+
+        // The welcome screen raises each start event before it asks for the scan.
+        recorder->clear();
+        QMetaObject::invokeMethod(findIn(view.rootObject(), QStringLiteral("welcomeScreen")), "scanEntireMac");
+        QVERIFY(state.fdaPromptForURL().has_value());
+        state.dismissFullDiskAccessPrompt();
+        QMetaObject::invokeMethod(findIn(view.rootObject(), QStringLiteral("welcomeScreen")), "scanHome");
+        state.dismissFullDiskAccessPrompt();
+        QVERIFY((recorder->events() == QList<RecordingAnalyticsSink::Event>{{QStringLiteral("scan_started_entire_mac"), {}},
+                                                                          {QStringLiteral("scan_started_home"), {}}}));
+    }
+};
+
+QTEST_MAIN(AdBarTest)
+#include "tst_adbar.moc"

@@ -19,9 +19,6 @@ struct Entry {
 };
 
 inline constexpr std::size_t kKeyCount = 132;
-inline constexpr std::size_t kKeyCount = 132;
-inline constexpr std::size_t kKeyCount = 132;
-inline constexpr std::size_t kKeyCount = 132;
 using Table = std::array<Entry, kKeyCount>;
 
 // The source arrays, one file each, all with the same keys in the same order.

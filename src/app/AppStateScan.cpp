@@ -162,7 +162,7 @@ void AppState::resetToWelcome()
 
 qint64 AppState::unreadableFolderCount() const
 {
-    return m_root ? m_root->inaccessibleCount() : 0;
+    return m_inaccessibleCount;
 }
 
 void AppState::setUnseenSpace(std::optional<UnseenSpace> unseen)

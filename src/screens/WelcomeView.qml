@@ -125,8 +125,6 @@ Item {
                     color: Style.primary
                 }
             }
-            Accessible.name: Loc.strings["welcome.thinSnapshots"].replace("%d", welcome.localSnapshotCount)
-            Accessible.description: Loc.strings["welcome.thinSnapshots.help"]
             focusPolicy: Qt.TabFocus
             ToolTip.visible: hovered
             ToolTip.delay: 600

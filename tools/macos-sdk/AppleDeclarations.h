@@ -194,6 +194,8 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 - (instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)len encoding:(NSStringEncoding)encoding;
 // foundation/nsstring/filesystemrepresentation
 @property(readonly) const char* fileSystemRepresentation __attribute__((objc_returns_inner_pointer));
+// foundation/nsstring/isequal(to:)
+- (BOOL)isEqualToString:(NSString*)aString;
 @end
 
 // foundation/nsdata
@@ -254,6 +256,8 @@ extern const NSURLResourceKey NSURLVolumeIsLocalKey;
 + (NSURL*)fileURLWithFileSystemRepresentation:(const char*)path
                                   isDirectory:(BOOL)isDir
                                 relativeToURL:(NSURL*)baseURL;
+// foundation/nsurl/path
+@property(readonly, copy) NSString* path;
 // foundation/nsurl/filesystemrepresentation
 @property(readonly) const char* fileSystemRepresentation __attribute__((objc_returns_inner_pointer));
 // foundation/nsurl/getresourcevalue(_:forkey:)

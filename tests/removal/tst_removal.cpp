@@ -121,6 +121,15 @@ class RemovalTest : public QObject {
 private:
     QTemporaryDir m_dir;
     QByteArray base() const { return QFile::encodeName(m_dir.path()); }
+    // Whether `other` lies on a file system apart from the test's folder.
+    bool onAnotherFileSystem(const QTemporaryDir& other) const
+    {
+        struct stat ours {
+        }, theirs{};
+        return other.isValid() && ::stat(base().constData(), &ours) == 0 &&
+               ::stat(QFile::encodeName(other.path()).constData(), &theirs) == 0 &&
+               theirs.st_dev != ours.st_dev;
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -396,11 +405,7 @@ private Q_SLOTS:
         // A home trash on another file system (tmpfs) sends our item to the
         // top of its own mount, here the test's folder.
         QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
-        struct stat ours {
-        }, theirs{};
-        QVERIFY(::stat(base().constData(), &ours) == 0);
-        if (!shm.isValid() || ::stat(QFile::encodeName(shm.path()).constData(), &theirs) != 0 ||
-            theirs.st_dev == ours.st_dev)
+        if (!onAnotherFileSystem(shm))
             QSKIP("needs /dev/shm on a file system of its own");
         const QByteArray top = base() + "/mount";
         makeDir(top);
@@ -425,11 +430,7 @@ private Q_SLOTS:
         // folder given to nobody for "another user".
         // The home trash lives on another file system, so ours count as mounts.
         QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
-        struct stat ours {
-        }, theirs{};
-        if (!shm.isValid() || ::stat(base().constData(), &ours) != 0 ||
-            ::stat(QFile::encodeName(shm.path()).constData(), &theirs) != 0 ||
-            theirs.st_dev == ours.st_dev)
+        if (!onAnotherFileSystem(shm))
             QSKIP("needs /dev/shm on a file system of its own");
         const QByteArray uid = QByteArray::number(::getuid());
         const QByteArray home = QFile::encodeName(shm.path()) + "/Trash";
@@ -520,11 +521,7 @@ private Q_SLOTS:
         // Through a link into another file system, the path as typed would
         // climb ours; the trash belongs at the top of theirs.
         QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
-        struct stat ours {
-        }, theirs{};
-        if (!shm.isValid() || ::stat(base().constData(), &ours) != 0 ||
-            ::stat(QFile::encodeName(shm.path()).constData(), &theirs) != 0 ||
-            theirs.st_dev == ours.st_dev)
+        if (!onAnotherFileSystem(shm))
             QSKIP("needs /dev/shm on a file system of its own");
         const QByteArray real = QFile::encodeName(shm.path());
         writeFile(real + "/item", 1);

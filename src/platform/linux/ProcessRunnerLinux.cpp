@@ -27,8 +27,10 @@ public:
 
 const ProcessRunner& systemProcessRunner()
 {
-    static const QProcessRunner runner;
-    return runner;
+    // Never destroyed: a tool call on a worker thread may still be running
+    // when the process exits.
+    static const QProcessRunner* const runner = new QProcessRunner;
+    return *runner;
 }
 
 } // namespace tw

@@ -35,8 +35,10 @@ public:
 
 const ProcessRunner& systemProcessRunner()
 {
-    static const TaskRunner runner;
-    return runner;
+    // Never destroyed: a tool call on a worker thread may still be running
+    // when the process exits.
+    static const TaskRunner* const runner = new TaskRunner;
+    return *runner;
 }
 
 } // namespace tw

@@ -96,11 +96,7 @@ double firstRowsMs(const QByteArray& root)
     services.discoverApps = [root] { return AppDiscovery::listInstalledApps({root}); };
     AppState state(services);
     QQuickView view;
-    installScreens(*view.engine());
-    view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)}});
-    view.setResizeMode(QQuickView::SizeRootObjectToView);
-    view.resize(1080, 720);
-    view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
+    loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}});
     view.show();
     QEventLoop settle;
     QTimer::singleShot(300, &settle, &QEventLoop::quit);

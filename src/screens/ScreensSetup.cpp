@@ -4,6 +4,7 @@
 #include "screens/SymbolImageProvider.h"
 
 #include <QQmlEngine>
+#include <QQuickView>
 
 namespace tw {
 
@@ -12,6 +13,15 @@ void installScreens(QQmlEngine& engine)
     engine.addImportPath(QStringLiteral("qrc:/"));
     engine.addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
     engine.addImageProvider(QStringLiteral("appicon"), new AppIconProvider);
+}
+
+void loadContentView(QQuickView& view, const QVariantMap& properties)
+{
+    installScreens(*view.engine());
+    view.setInitialProperties(properties);
+    view.setResizeMode(QQuickView::SizeRootObjectToView);
+    view.resize(1080, 720);
+    view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
 }
 
 } // namespace tw

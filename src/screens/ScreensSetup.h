@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QVariantMap>
+
 class QQmlEngine;
+class QQuickView;
 
 namespace tw {
 
@@ -9,5 +12,11 @@ namespace tw {
 // `image://appicon/` providers. Used by
 // the application, the screenshot tool and the tests alike.
 void installScreens(QQmlEngine& engine);
+
+// Loads the window's content (ContentView) into `view` at the window's
+// default 1080 by 720, sized with the view, with `properties` (at least
+// "appState") set before it is built. Does not show it. For the tools, the
+// tests and the benchmarks that drive the real screens.
+void loadContentView(QQuickView& view, const QVariantMap& properties);
 
 } // namespace tw

@@ -103,11 +103,7 @@ struct Window {
         services.diskAccess = &access;
         services.scannerOptions.workers = 1;
         state = std::make_unique<AppState>(services);
-        installScreens(*view.engine());
-        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(state.get())}});
-        view.setResizeMode(QQuickView::SizeRootObjectToView);
-        view.resize(1080, 720);
-        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(state.get())}});
         view.show();
     }
     ~Window() { state->cancelScan(); }

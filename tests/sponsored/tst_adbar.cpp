@@ -95,12 +95,8 @@ private Q_SLOTS:
         AppState state(services);
 
         QQuickView view;
-        installScreens(*view.engine());
-        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)},
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)},
                                    {QStringLiteral("adService"), QVariant::fromValue(&ads)}});
-        view.setResizeMode(QQuickView::SizeRootObjectToView);
-        view.resize(1080, 720);
-        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
         QQuickItem* bar = findIn(view.rootObject(), QStringLiteral("adBar"));

@@ -86,11 +86,7 @@ private Q_SLOTS:
         services.findRelated = [](const QString&, const QString&, const QByteArray&) { return QList<RelatedFile>{}; };
         AppState state(services);
         QQuickView view;
-        installScreens(*view.engine());
-        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)}});
-        view.setResizeMode(QQuickView::SizeRootObjectToView);
-        view.resize(1080, 720);
-        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}});
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
         const auto item = [&](const char* name) { return findIn(view.contentItem(), QString::fromLatin1(name)); };

@@ -284,12 +284,8 @@ public:
         };
         AppState state(services);
         QQuickView view;
-        installScreens(*view.engine());
-        view.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)}});
         view.setColor(QColor(0xec, 0xec, 0xec));
-        view.setResizeMode(QQuickView::SizeRootObjectToView);
-        view.resize(1080, 720);
-        view.setSource(QUrl(QStringLiteral("qrc:/Tidewick/ContentView.qml")));
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}});
         if (view.status() != QQuickView::Ready)
             return false;
         view.show();

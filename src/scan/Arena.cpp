@@ -17,17 +17,8 @@ std::byte* alignUp(std::byte* at, std::size_t alignment)
 }
 } // namespace
 
-void* Arena::allocate(std::size_t bytes, std::size_t alignment)
+void* Arena::allocateInNewChunk(std::size_t bytes, std::size_t alignment)
 {
-    if (m_cursor) {
-        std::byte* out = alignUp(m_cursor, alignment);
-        const auto needed = std::size_t(out - m_cursor) + bytes;
-        if (needed <= m_left) {
-            m_cursor = out + bytes;
-            m_left -= needed;
-            return out;
-        }
-    }
     if (bytes > kOwnAllocationAbove) {
         const std::size_t size = bytes + alignment;
         m_chunks.emplace_back(new std::byte[size]);

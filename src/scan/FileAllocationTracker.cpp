@@ -19,7 +19,7 @@ bool FileAllocationTracker::IdentitySet::insertInto(Table& table, std::uint64_t 
     // Grow at a load of 0.7; linear probing with a multiplicative hash.
     if ((table.count + 1) * 10 > table.slots.size() * 7) {
         std::vector<std::uint64_t> old = std::move(table.slots);
-        table.slots.assign(old.empty() ? 1024 : old.size() * 2, 0);
+        table.slots.assign(old.empty() ? 64 : old.size() * 2, 0);
         const std::size_t mask = table.slots.size() - 1;
         for (std::uint64_t kept : old) {
             if (kept == 0)
@@ -57,16 +57,33 @@ bool FileAllocationTracker::IdentitySet::insert(const Identity& id)
     return fresh;
 }
 
+bool FileAllocationTracker::SharedIdentitySet::insert(const Identity& id)
+{
+    // The top bits of the product pick the part; the tables index by lower ones.
+    const std::uint64_t mixed = (id.inode ^ (std::uint64_t(id.device) << 32)) * 0x9E3779B97F4A7C15ull;
+    Part& part = m_parts[std::size_t(mixed >> 58) % kParts];
+    const std::lock_guard guard(part.lock);
+    return part.set.insert(id);
+}
+
+std::size_t FileAllocationTracker::SharedIdentitySet::size() const
+{
+    std::size_t total = 0;
+    for (const Part& part : m_parts) {
+        const std::lock_guard guard(part.lock);
+        total += part.set.size();
+    }
+    return total;
+}
+
 bool FileAllocationTracker::carriesBlocks(const struct stat& facts)
 {
     // Sockets, pipes and devices count as files but cost nothing.
     if (!S_ISREG(facts.st_mode))
         return false;
     // The first path to reach a hard-linked file carries all of its blocks.
-    if (facts.st_nlink >= 2) {
-        const std::lock_guard guard(m_lock);
+    if (facts.st_nlink >= 2)
         return m_linkedFiles.insert(identityOf(facts));
-    }
     return true;
 }
 
@@ -99,13 +116,11 @@ FileAllocationTracker::Claim FileAllocationTracker::claimDirectory(const struct 
 {
     if (!S_ISDIR(facts.st_mode))
         return Claim::alreadySeen;
-    const std::lock_guard guard(m_lock);
     return m_directories.insert(identityOf(facts)) ? Claim::claimed : Claim::alreadySeen;
 }
 
 FileAllocationTracker::Claim FileAllocationTracker::claimDirectory(const Identity& folder)
 {
-    const std::lock_guard guard(m_lock);
     return m_directories.insert(folder) ? Claim::claimed : Claim::alreadySeen;
 }
 
@@ -116,13 +131,11 @@ FileAllocationTracker::Identity FileAllocationTracker::identityOf(const struct s
 
 std::size_t FileAllocationTracker::directoryCount() const
 {
-    const std::lock_guard guard(m_lock);
     return m_directories.size();
 }
 
 std::size_t FileAllocationTracker::linkedFileCount() const
 {
-    const std::lock_guard guard(m_lock);
     return m_linkedFiles.size();
 }
 

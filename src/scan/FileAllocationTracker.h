@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 
+#include <array>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -14,7 +15,7 @@ namespace tw {
 // Keeps one walk from counting the same blocks twice: it remembers the
 // folders already entered and the multiply-linked files already charged.
 // One tracker per walk, shared by all its workers; every operation is safe
-// from any thread and holds the lock for one set insert only.
+// from any thread and holds a lock for one set insert only.
 class FileAllocationTracker {
 public:
     struct Identity {
@@ -56,6 +57,7 @@ private:
         // True when the identity was not there yet.
         bool insert(const Identity& id);
         [[nodiscard]] std::size_t size() const { return m_size; }
+
     private:
         struct Table {
             std::uint32_t device = 0;
@@ -68,9 +70,25 @@ private:
         std::size_t m_size = 0;
     };
 
-    mutable std::mutex m_lock;
-    IdentitySet m_directories;
-    IdentitySet m_linkedFiles;
+    // Every worker claims every folder it enters, so one lock over one table
+    // had the workers queue for it and trade its cache lines. The set is
+    // split by identity into parts, each under a lock of its own.
+    class SharedIdentitySet {
+    public:
+        bool insert(const Identity& id);
+        [[nodiscard]] std::size_t size() const;
+
+    private:
+        static constexpr std::size_t kParts = 64;
+        struct alignas(64) Part {
+            mutable std::mutex lock;
+            IdentitySet set;
+        };
+        std::array<Part, kParts> m_parts;
+    };
+
+    SharedIdentitySet m_directories;
+    SharedIdentitySet m_linkedFiles;
 };
 
 } // namespace tw

@@ -105,7 +105,12 @@ void FileNode::adoptChildren(FileNode* slots, std::uint32_t count)
 void FileNode::sortChildrenBySize()
 {
     const std::uint32_t count = slotCount();
-    if (count < 2)
+    // Many folders come out of the listing in order already (one file among
+    // folders, files of one size).
+    std::uint32_t unsorted = 1;
+    while (unsorted < count && m_children[unsorted - 1].m_size >= m_children[unsorted].m_size)
+        ++unsorted;
+    if (unsorted >= count)
         return;
     // Sort keys, not nodes: a node is moved once, and only if it has to be.
     thread_local std::vector<std::pair<qint64, std::uint32_t>> order;

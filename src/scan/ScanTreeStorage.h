@@ -23,7 +23,11 @@ inline const unsigned char* storeName(Arena& arena, const char* name, std::size_
         rest >>= 7;
     } while (rest);
     auto* out = static_cast<unsigned char*>(arena.allocate(prefixLength + length + 1, 1));
-    std::memcpy(out, prefix, prefixLength);
+    // Almost every name is shorter than 128 bytes: one length byte.
+    if (prefixLength == 1)
+        out[0] = prefix[0];
+    else
+        std::memcpy(out, prefix, prefixLength);
     std::memcpy(out + prefixLength, name, length);
     out[prefixLength + length] = 0;
     return out;

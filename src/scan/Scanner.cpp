@@ -405,7 +405,8 @@ FileNode* Walker::admitChild(int dirFd, const unsigned char* stored, FileNode& p
                              std::uint32_t index, dev_t parentDevice, int depth)
 {
     const std::string_view name = readStoredName(stored);
-    struct stat facts {};
+    // Read only when the call succeeded.
+    struct stat facts;
     const bool known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
     if (known && leftOut(facts, name, parentDevice))
         return nullptr;

@@ -3,6 +3,7 @@
 
 #include "TestFiles.h"
 #include "platform/VolumeFacts.h"
+#include "scan/FileAllocationTracker.h"
 #include "scan/Scanner.h"
 
 #include <QJsonArray>
@@ -16,6 +17,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <mutex>
+#include <thread>
 #include <grp.h>
 #include <pthread.h>
 #include <pwd.h>
@@ -547,6 +549,40 @@ private Q_SLOTS:
         QCOMPARE(after->fileCount(), 1);
         QVERIFY(!tree->root()->isInaccessible());
         QCOMPARE(tree->root()->inaccessibleCount(), 1);
+    }
+
+    // Workers claim folders and charge linked files at once: each identity
+    // is taken exactly once, whatever the threads and their order.
+    void trackerTakesEachIdentityOnceAcrossThreads()
+    {
+        FileAllocationTracker tracker;
+        constexpr int kInodes = 20000;
+        std::atomic<int> claimed{0};
+        std::atomic<qint64> charged{0};
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 4; ++t) {
+            threads.emplace_back([&, t] {
+                for (int k = 0; k < 2 * kInodes; ++k) {
+                    // Each thread goes its own way through both devices, inode 0 included.
+                    const int i = (t % 2 ? 2 * kInodes - 1 - k : k);
+                    const FileAllocationTracker::Identity id{std::uint32_t(1 + i % 2), std::uint64_t(i / 2)};
+                    claimed += tracker.claimDirectory(id) == FileAllocationTracker::Claim::claimed;
+                    struct stat facts {};
+                    facts.st_mode = S_IFREG | 0644;
+                    facts.st_nlink = 2;
+                    facts.st_blocks = 8;
+                    facts.st_dev = id.device;
+                    facts.st_ino = ino_t(id.inode);
+                    charged += tracker.allocatedSize(facts);
+                }
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        QCOMPARE(claimed.load(), 2 * kInodes);
+        QCOMPARE(tracker.directoryCount(), std::size_t(2 * kInodes));
+        QCOMPARE(charged.load(), qint64(2 * kInodes) * 8 * 512);
+        QCOMPARE(tracker.linkedFileCount(), std::size_t(2 * kInodes));
     }
 
     void workerRule()

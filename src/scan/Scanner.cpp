@@ -243,6 +243,7 @@ private:
         int fd = -1;               // its descriptor (or one opened again by path), -1 once let go
         std::uint32_t next = 0;    // the next child to enter
         std::uint32_t end = 0;     // children from here on were handed out
+        FileNode* slots = nullptr; // the children, adopted by the node once all are examined
         dev_t device = 0;
         FileAllocationTracker::Identity identity;
         std::size_t pathLength = 0;
@@ -295,11 +296,9 @@ private:
     void release(Join* join);
     void noteHeadway() { m_headway.store(m_headway.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed); }
     void setPathTo(const FileNode& node);
-    void reportPath()
-    {
-        flushCounters();
-        m_scanner.m_monitor.reportPath(m_path);
-    }
+    // The counters reach the monitor in batches of files, not once a
+    // folder: a folder is entered far more often than a report is due.
+    void reportPath() { m_scanner.m_monitor.reportPath(m_path); }
 
     Scanner& m_scanner;
     const VolumeBoundary& m_boundary;
@@ -543,7 +542,7 @@ bool Walker::walkFolder(FileNode& node, int depth, const FileAllocationTracker::
         if (!readNames(frame.dir, names)) {
             node.setInaccessible();
         } else {
-            FileNode* slots = allocateSlots(names.size());
+            FileNode* slots = frame.slots = allocateSlots(names.size());
             const std::size_t pathLength = m_path.size();
             for (const unsigned char* stored : names) {
                 if (monitor.isCancelled())
@@ -554,26 +553,28 @@ bool Walker::walkFolder(FileNode& node, int depth, const FileAllocationTracker::
                 }
                 if (!admitChild(frame.fd, stored, node, slots, frame.end, frame.device, depth))
                     continue;
-                node.adoptChildren(slots, ++frame.end);
+                ++frame.end;
                 if (frame.end % kReportEvery == 0) {
                     m_path.append("/… (").append(std::to_string(frame.end)).append(")");
                     reportPath();
                     m_path.resize(pathLength);
                 }
             }
+            node.adoptChildren(slots, frame.end);
             enterChildren(depth);
         }
     } catch (const std::exception&) {
         // Out of memory in this branch: keep the rest of the scan, and leave
         // no folder of this level holding its identity for totals.
         node.setInaccessible();
+        if (frame.slots && node.m_children != frame.slots)
+            node.adoptChildren(frame.slots, frame.end);
         for (std::uint32_t i = frame.next; i < frame.end; ++i)
             if (node.m_children[i].isDirectory() && !node.m_children[i].isInaccessible())
                 (void)takeIdentity(node.m_children[i]);
         frame.end = frame.next;
     }
     closeFrame(frame);
-    flushCounters();
     // The innermost folder that saw the request has honoured it.
     if (monitor.skipRequested()) {
         node.setInaccessible();

@@ -1,6 +1,7 @@
 // AppState's scanning half: the gate, stamps, refresh with focus restoration,
 // cancel and reset, the Full Disk Access notice, guarded focus changes.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
@@ -9,7 +10,6 @@
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QtTest>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -455,5 +455,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppStateTest)
+TIDEWICK_TEST_MAIN(AppStateTest)
 #include "tst_appstate.moc"

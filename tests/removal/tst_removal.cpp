@@ -2,6 +2,7 @@
 // script's quoting (run by a real /bin/sh on hostile names), and the
 // freedesktop.org Trash on disk, down to putting an item back.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 #include "localization/LocalizationManager.h"
 #include "platform/linux/FreedesktopTrash.h"
@@ -13,7 +14,6 @@
 #include <QRandomGenerator>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QtTest>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -620,5 +620,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RemovalTest)
+TIDEWICK_TEST_MAIN(RemovalTest)
 #include "tst_removal.moc"

@@ -2,6 +2,7 @@
 // with its parameters' types, and the Measurement Protocol sender against a
 // real HTTP server on 127.0.0.1 (batches, retries, the queue file).
 
+#include "TestMain.h"
 #include "LocalHttpServer.h"
 #include "MemoryStore.h"
 #include "TestFiles.h"
@@ -18,7 +19,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QUrlQuery>
-#include <QtTest>
 
 using namespace tw;
 using namespace tw::test;
@@ -263,5 +263,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AnalyticsTest)
+TIDEWICK_TEST_MAIN(AnalyticsTest)
 #include "tst_analytics.moc"

@@ -1,12 +1,12 @@
 // AppState's applications half: loading and sizing, the related search,
 // the uninstall's refusals and what its outcome does to lists and dialogs.
 
+#include "TestMain.h"
 #include "app/AppState.h"
 #include "platform/FileReveal.h"
 #include "platform/RunningApplications.h"
 
 #include <QSignalSpy>
-#include <QtTest>
 #include <atomic>
 #include <chrono>
 #include <mutex>
@@ -280,5 +280,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppStateAppsTest)
+TIDEWICK_TEST_MAIN(AppStateAppsTest)
 #include "tst_appstate_apps.moc"

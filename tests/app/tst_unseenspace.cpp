@@ -2,6 +2,7 @@
 // AppState's figure and the details panel's texts with made-up volume facts,
 // and the command line's figures on a real small volume made here.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "app/UnseenSpace.h"
@@ -14,7 +15,6 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <cerrno>
 #include <cstring>
@@ -146,7 +146,7 @@ private Q_SLOTS:
                 if (::setgroups(0, nullptr) != 0 || ::setgid(gid) != 0 || ::setuid(uid) != 0)
                     ::_exit(99);
             });
-            process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/../../tools/tidewick-cli"),
+            process.start(QStringLiteral(TIDEWICK_CLI),
                           {QStringLiteral("scan"), QFile::decodeName(path), QStringLiteral("--json"),
                            QStringLiteral("--quiet")});
             if (!process.waitForFinished(30000) || process.exitCode() != 0)
@@ -173,5 +173,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UnseenSpaceTest)
+TIDEWICK_TEST_MAIN(UnseenSpaceTest)
 #include "tst_unseenspace.moc"

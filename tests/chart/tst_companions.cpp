@@ -1,6 +1,7 @@
 // The chart's companions: the details rows and their hover rule, the
 // tooltip's texts and the breadcrumb, driven through AppState.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "chart/ChartCompanions.h"
@@ -10,7 +11,6 @@
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QtTest>
 
 using namespace tw;
 using namespace tw::test;
@@ -206,5 +206,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CompanionsTest)
+TIDEWICK_TEST_MAIN(CompanionsTest)
 #include "tst_companions.moc"

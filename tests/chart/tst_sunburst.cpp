@@ -1,13 +1,13 @@
 // Ring geometry over scanned trees: radii, angles, the thin-sector rule and
 // its gap, hues and shades, the ring limit, and the hit test's tie rules.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 #include "chart/SunburstLayout.h"
 #include "scan/Scanner.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <cmath>
 #include <set>
@@ -274,5 +274,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SunburstTest)
+TIDEWICK_TEST_MAIN(SunburstTest)
 #include "tst_sunburst.moc"

@@ -1,13 +1,13 @@
 // tidewick-cli as a shell user meets it: exit codes and messages that tell
 // the truth, names taken as the bytes they are, JSON that parses.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <QtTest>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -125,5 +125,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(CliTest)
+TIDEWICK_TEST_MAIN(CliTest)
 #include "tst_cli.moc"

@@ -1,6 +1,7 @@
 // The catalogue's completeness and conventions, language detection and
 // persistence, and the byte and percent formatters.
 
+#include "TestMain.h"
 #include "localization/Catalogue.h"
 #include "localization/LocalizationManager.h"
 #include "localization/SettingsStore.h"
@@ -9,7 +10,6 @@
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStandardPaths>
-#include <QtTest>
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -219,7 +219,7 @@ private Q_SLOTS:
         const catalogue::Entry distinct[] = {{"a.b", "one"}, {"c.d", "two"}};
         QCOMPARE(catalogue::buildLookup(distinct, "test").value(QStringLiteral("c.d")), QStringLiteral("two"));
 
-        const auto [status, output] = runSelf({"aDuplicateKeyStopsTheBuild"}, kDuplicateChild);
+        const auto [status, output] = runSelf({test::currentTestName(), "aDuplicateKeyStopsTheBuild"}, kDuplicateChild);
         QVERIFY2(status != -1, qPrintable(output));
         QVERIFY2(!WIFEXITED(status) || WEXITSTATUS(status) != 0, qPrintable(output));
         QVERIFY2(output.contains(QStringLiteral("the test text table holds the key \"a.b\" twice")),
@@ -390,5 +390,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(LocalizationTest)
+TIDEWICK_TEST_MAIN(LocalizationTest)
 #include "tst_localization.moc"

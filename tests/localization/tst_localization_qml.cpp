@@ -1,15 +1,12 @@
 // QML reaches the texts through the Loc singleton, and its bindings follow a
 // change of language.
 
+#include "TestMain.h"
 #include "localization/LocalizationManager.h"
 
 #include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQmlExtensionPlugin>
 #include <QStandardPaths>
-#include <QtTest>
-
-Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
 using namespace tw;
 
@@ -60,5 +57,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(LocalizationQmlTest)
+TIDEWICK_TEST_MAIN(LocalizationQmlTest)
 #include "tst_localization_qml.moc"

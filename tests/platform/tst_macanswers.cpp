@@ -1,6 +1,7 @@
 // How Tidewick reads macOS's answers: the symbol's fit, a dismissed password
 // prompt, and the Trash's map back to the paths asked for.
 
+#include "TestMain.h"
 #include "platform/MacAnswers.h"
 
 #include <QTest>
@@ -48,5 +49,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestMacAnswers)
+TIDEWICK_TEST_MAIN(TestMacAnswers)
 #include "tst_macanswers.moc"

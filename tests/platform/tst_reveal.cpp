@@ -2,12 +2,12 @@
 // with a stand-in file manager, the fallback when nobody answers, and exact
 // addresses for names that are not UTF-8.
 
+#include "TestMain.h"
 #include "platform/linux/FreedesktopReveal.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QProcess>
-#include <QtTest>
 
 using namespace tw;
 
@@ -98,5 +98,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RevealTest)
+TIDEWICK_TEST_MAIN(RevealTest)
 #include "tst_reveal.moc"

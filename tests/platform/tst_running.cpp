@@ -1,12 +1,12 @@
 // Linux's running applications: a process runs an application when its
 // executable lies inside the bundle, and Quit sends it SIGTERM.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 #include "platform/RunningApplications.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QtTest>
 
 using namespace tw;
 
@@ -40,5 +40,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RunningTest)
+TIDEWICK_TEST_MAIN(RunningTest)
 #include "tst_running.moc"

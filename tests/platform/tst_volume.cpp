@@ -1,6 +1,7 @@
 // Volume facts: the shared decisions, and the Linux answers over a made-up
 // /sys tree and mount table, plus the real system for the current folder.
 
+#include "TestMain.h"
 #include "platform/VolumeBoundary.h"
 #include "platform/VolumeFacts.h"
 #include "platform/linux/LinuxVolume.h"
@@ -8,7 +9,6 @@
 
 #include <QDir>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include <map>
 #include <memory>
@@ -177,5 +177,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(VolumeTest)
+TIDEWICK_TEST_MAIN(VolumeTest)
 #include "tst_volume.moc"

@@ -3,6 +3,7 @@
 // same sectors painted as polygons, bands that do not change a pixel, the
 // hit's bold stroke inside a run, and the device pixel ratio.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 #include "chart/SunburstLayout.h"
 #include "scan/Scanner.h"
@@ -14,7 +15,6 @@
 #include <QPainter>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
-#include <QtTest>
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -360,5 +360,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestChartPaint)
+TIDEWICK_TEST_MAIN(TestChartPaint)
 #include "tst_chartpaint.moc"

@@ -1,12 +1,12 @@
 // Which locations ask for Full Disk Access, how the grant is probed, and the
 // settings addresses.
 
+#include "TestMain.h"
 #include "platform/FileProbe.h"
 #include "screens/FullDiskAccess.h"
 
 #include <QDir>
 #include <QFile>
-#include <QtTest>
 #include <set>
 #include <vector>
 
@@ -115,5 +115,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(FullDiskAccessTest)
+TIDEWICK_TEST_MAIN(FullDiskAccessTest)
 #include "tst_fulldiskaccess.moc"

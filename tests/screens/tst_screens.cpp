@@ -3,6 +3,7 @@
 // menu, the details rows, the breadcrumb, the toolbar, the Full Disk Access
 // prompt and banner. Any QML warning fails the test that produced it.
 
+#include "TestMain.h"
 #include "ScreensHarness.h"
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
@@ -14,17 +15,13 @@
 #include "screens/SunburstPainter.h"
 
 #include <QDirIterator>
-#include <QQmlExtensionPlugin>
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickView>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QtTest>
 #include <memory>
-
-Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
 using namespace tw;
 using namespace tw::test;
@@ -516,5 +513,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(ScreensTest)
+TIDEWICK_TEST_MAIN(ScreensTest)
 #include "tst_screens.moc"

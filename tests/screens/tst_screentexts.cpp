@@ -1,6 +1,7 @@
 // What the screens say, decided in the core: the progress lines, the
 // toolbar's figures and the catalogue's placeholders.
 
+#include "TestMain.h"
 #include "app/AppState.h"
 #include "chart/ChartScreenModel.h"
 #include "localization/LocalizationManager.h"
@@ -8,7 +9,6 @@
 #include "screens/ScreensModel.h"
 
 #include <QStandardPaths>
-#include <QtTest>
 
 using namespace tw;
 
@@ -98,5 +98,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ScreenTextsTest)
+TIDEWICK_TEST_MAIN(ScreenTextsTest)
 #include "tst_screentexts.moc"

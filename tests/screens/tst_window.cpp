@@ -4,16 +4,14 @@
 // around menus, focus changes and the tooltip, and the banner of unreadable
 // folders. Any QML warning fails the test that produced it.
 
+#include "TestMain.h"
 #include "ScreensHarness.h"
 #include "localization/LocalizationManager.h"
 
 #include <QAccessible>
-#include <QQmlExtensionPlugin>
 #include <QQuickStyle>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-
-Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
 using namespace tw;
 using namespace tw::test;
@@ -300,5 +298,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(WindowTest)
+TIDEWICK_TEST_MAIN(WindowTest)
 #include "tst_window.moc"

@@ -2,6 +2,7 @@
 // thinning request, the system's runner, and the reclaim flow on AppState
 // with a made-up tmutil in the system's place.
 
+#include "TestMain.h"
 #include "app/AppState.h"
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
@@ -13,7 +14,6 @@
 #include <QQmlEngine>
 #include <QQuickWindow>
 #include <QSignalSpy>
-#include <QtTest>
 
 #include <atomic>
 #include <chrono>
@@ -229,5 +229,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(SnapshotsTest)
+TIDEWICK_TEST_MAIN(SnapshotsTest)
 #include "tst_snapshots.moc"

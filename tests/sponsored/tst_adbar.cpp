@@ -3,36 +3,19 @@
 // event, reports the click and opens the link. Also the scan-start events the
 // welcome screen raises. Any QML warning fails the test.
 
+#include "TestMain.h"
 #include "LocalHttpServer.h"
 #include "MemoryStore.h"
+#include "screens/ScreensHarness.h"
 #include "analytics/RecordingAnalyticsSink.h"
-#include "app/AppState.h"
-#include "app/DiskAccess.h"
-#include "localization/LocalizationManager.h"
-#include "screens/ScreensSetup.h"
 #include "sponsored/AdService.h"
 
 #include <QDesktopServices>
-#include <QQmlExtensionPlugin>
-#include <QQuickItem>
-#include <QQuickStyle>
-#include <QQuickView>
-#include <QtTest>
-
-Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
 using namespace tw;
 using namespace tw::test;
 
 namespace {
-
-QStringList g_warnings;
-
-void recordWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
-{
-    if (type != QtDebugMsg && type != QtInfoMsg)
-        g_warnings.append(message);
-}
 
 // Every location asks for the grant, so no scan of this machine ever starts.
 class NoGrant final : public DiskAccess {
@@ -61,15 +44,15 @@ public Q_SLOTS:
 private Q_SLOTS:
     void initTestCase()
     {
-        qInstallMessageHandler(recordWarnings);
         QQuickStyle::setStyle(QStringLiteral("Fusion"));
         QDesktopServices::setUrlHandler(QStringLiteral("https"), this, "open");
         QDesktopServices::setUrlHandler(QStringLiteral("http"), this, "open");
     }
+    void init() { recordWarningsFromHere(); }
     void cleanup()
     {
-        QVERIFY2(g_warnings.isEmpty(), qPrintable(g_warnings.join(u'\n')));
         Analytics::configure(nullptr);
+        failOnRecordedWarnings();
     }
 
     void barFollowsTheFeedAndActsOnPress()
@@ -141,5 +124,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(AdBarTest)
+TIDEWICK_TEST_MAIN(AdBarTest)
 #include "tst_adbar.moc"

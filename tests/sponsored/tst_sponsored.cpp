@@ -1,6 +1,7 @@
 // The sponsored feed against a real HTTP server on 127.0.0.1: decoding, the
 // requests, the service's answers table and pace, and the click report.
 
+#include "TestMain.h"
 #include "LocalHttpServer.h"
 #include "MemoryStore.h"
 #include "analytics/RecordingAnalyticsSink.h"
@@ -10,7 +11,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSignalSpy>
-#include <QtTest>
 
 using namespace tw;
 using namespace tw::test;
@@ -275,5 +275,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SponsoredTest)
+TIDEWICK_TEST_MAIN(SponsoredTest)
 #include "tst_sponsored.moc"

@@ -1,6 +1,7 @@
 // Application icons as the screens get them: the bundle's own .icns through
 // Qt's image plugin, else the theme's generic application icon, at 48 by 48.
 
+#include "TestMain.h"
 #include "screens/AppIconProvider.h"
 #include "uninstaller/PropertyList.h"
 
@@ -8,7 +9,6 @@
 #include <QGuiApplication>
 #include <QImageWriter>
 #include <QTemporaryDir>
-#include <QtTest>
 
 using namespace tw;
 
@@ -68,5 +68,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(AppIconsTest)
+TIDEWICK_TEST_MAIN(AppIconsTest)
 #include "tst_appicons.moc"

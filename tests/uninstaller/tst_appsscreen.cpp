@@ -3,6 +3,7 @@
 // defaults, merge and button rules, and `tidewick-cli uninstall` on
 // fixture applications against a real Trash.
 
+#include "TestMain.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "localization/LocalizationManager.h"
@@ -19,7 +20,6 @@
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QtTest>
 #include <atomic>
 
 using namespace tw;
@@ -267,7 +267,7 @@ private Q_SLOTS:
         writeFile(library + "/Preferences/com.bar.app.plist", 100);
         makePath(root + "/system");
 
-        const QString cli = QCoreApplication::applicationDirPath() + QStringLiteral("/../../tools/tidewick-cli");
+        const QString cli = QStringLiteral(TIDEWICK_CLI);
         QVERIFY2(QFile::exists(cli), qPrintable(cli));
         const auto run = [&](QStringList extra) {
             QProcess process;
@@ -318,5 +318,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AppsScreenTest)
+TIDEWICK_TEST_MAIN(AppsScreenTest)
 #include "tst_appsscreen.moc"

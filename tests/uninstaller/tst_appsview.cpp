@@ -3,32 +3,15 @@
 // find shortcut reaches the search only while no dialog is up, and a reload
 // closes the detail panel. Any QML warning fails the test.
 
-#include "app/AppState.h"
-#include "localization/LocalizationManager.h"
+#include "TestMain.h"
+#include "screens/ScreensHarness.h"
 #include "platform/FileReveal.h"
 #include "platform/RunningApplications.h"
-#include "screens/ScreensSetup.h"
-
-#include <QQmlExtensionPlugin>
-#include <QQuickItem>
-#include <QQuickStyle>
-#include <QQuickView>
-#include <QStandardPaths>
-#include <QtTest>
-
-Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 
 using namespace tw;
+using namespace tw::test;
 
 namespace {
-
-QStringList g_warnings;
-
-void recordWarnings(QtMsgType type, const QMessageLogContext&, const QString& message)
-{
-    if (type != QtDebugMsg && type != QtInfoMsg)
-        g_warnings.append(message);
-}
 
 class NothingRuns final : public RunningApplications {
 public:
@@ -41,30 +24,15 @@ public:
     void reveal(const QByteArray&) override {}
 };
 
-QQuickItem* findIn(QQuickItem* at, const QString& name)
-{
-    if (at->objectName() == name)
-        return at;
-    for (QQuickItem* child : at->childItems()) {
-        if (QQuickItem* found = findIn(child, name))
-            return found;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 class AppsViewTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QQuickStyle::setStyle(QStringLiteral("Fusion"));
-        LocalizationManager::shared().setCurrent(Language::english);
-        qInstallMessageHandler(recordWarnings);
-    }
+    void initTestCase() { prepareScreens(); }
+    void init() { recordWarningsFromHere(); }
+    void cleanup() { failOnRecordedWarnings(); }
 
     void keyboardFlow()
     {
@@ -89,7 +57,7 @@ private Q_SLOTS:
         loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}});
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
-        const auto item = [&](const char* name) { return findIn(view.contentItem(), QString::fromLatin1(name)); };
+        const auto item = [&](const char* name) { return Window::findIn(view.contentItem(), QString::fromLatin1(name)); };
 
         state.setMode(AppState::Mode::apps);
         QTRY_COMPARE(item("appsList")->property("count").toInt(), 3);
@@ -127,11 +95,8 @@ private Q_SLOTS:
         QTRY_COMPARE(item("appsList")->property("count").toInt(), 3);
         QVERIFY(screen->property("selected").value<InstalledApp*>() == nullptr);
         QTRY_VERIFY(!item("appDetailPanel")->isVisible());
-
-        qInstallMessageHandler(nullptr);
-        QVERIFY2(g_warnings.isEmpty(), qPrintable(g_warnings.join(u'\n')));
     }
 };
 
-QTEST_MAIN(AppsViewTest)
+TIDEWICK_TEST_MAIN(AppsViewTest)
 #include "tst_appsview.moc"

@@ -3,6 +3,7 @@
 // reader on well-formed and broken input, and the related-file search on
 // Library trees built for every rule, with the near misses that must not match.
 
+#include "TestMain.h"
 #include "MachOFixture.h"
 #include "TestFiles.h"
 #include "uninstaller/AppDiscovery.h"
@@ -14,7 +15,6 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QStringEncoder>
-#include <QtTest>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -494,7 +494,7 @@ private Q_SLOTS:
         // The fuzzers' seeds and what they once found: every signed seed
         // yields its groups, and no input brings the parsers down (one
         // binary list used to abort inside libplist).
-        const QString corpus = QStringLiteral(QT_TESTCASE_SOURCEDIR "/../../fuzz/corpus");
+        const QString corpus = QStringLiteral(QT_TESTCASE_SOURCEDIR "/../fuzz/corpus");
         const QStringList seeds = QDir(corpus + QStringLiteral("/macho")).entryList(QDir::Files);
         QVERIFY(seeds.size() >= 6);
         for (const QString& seed : seeds) {
@@ -545,5 +545,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(UninstallerTest)
+TIDEWICK_TEST_MAIN(UninstallerTest)
 #include "tst_uninstaller.moc"

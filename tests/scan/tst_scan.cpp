@@ -2,6 +2,7 @@
 // mounts, flags, the depth limit, cancellation, the stall rule, workers.
 
 #include "TestFiles.h"
+#include "TestMain.h"
 #include "platform/VolumeFacts.h"
 #include "scan/FileAllocationTracker.h"
 #include "scan/Scanner.h"
@@ -690,7 +691,7 @@ private Q_SLOTS:
             path += "/d";
             makeDir(path);
         }
-        const QString cli = QCoreApplication::applicationDirPath() + QStringLiteral("/../../tools/tidewick-cli");
+        const QString cli = QStringLiteral(TIDEWICK_CLI);
         QVERIFY2(QFile::exists(cli), qPrintable(cli));
         for (const char* workers : {"1", "3"}) {
             QProcess process;
@@ -723,7 +724,7 @@ private Q_SLOTS:
         QCOMPARE(::chmod(m_dir.path().toUtf8().constData(), 0755), 0);
         QCOMPARE(::chmod(QByteArray(root + "/locked").constData(), 0), 0);
 
-        const QString cli = QCoreApplication::applicationDirPath() + QStringLiteral("/../../tools/tidewick-cli");
+        const QString cli = QStringLiteral(TIDEWICK_CLI);
         QVERIFY2(QFile::exists(cli), qPrintable(cli));
         for (const char* workers : {"1", "2"}) {
             QProcess process;
@@ -765,5 +766,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ScanTest)
+TIDEWICK_TEST_MAIN(ScanTest)
 #include "tst_scan.moc"

@@ -1,6 +1,7 @@
 // The report throttle, the files-per-second rate and the stall rule, driven
 // by a clock the test moves by hand.
 
+#include "TestMain.h"
 #include "scan/ScanProgress.h"
 
 #include <QtTest>
@@ -159,5 +160,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ScanMonitorTest)
+TIDEWICK_TEST_MAIN(ScanMonitorTest)
 #include "tst_scanmonitor.moc"

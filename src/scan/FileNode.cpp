@@ -121,12 +121,6 @@ void FileNode::sortChildrenBySize()
     std::sort(order.begin(), order.end(), [](const auto& a, const auto& b) {
         return a.first != b.first ? a.first > b.first : a.second < b.second;
     });
-    bool moved = false;
-    for (std::uint32_t i = 0; i < count && !moved; ++i)
-        moved = order[i].second != i;
-    if (!moved)
-        return;
-
     thread_local std::vector<std::byte> scratch;
     scratch.resize(std::size_t(count) * sizeof(FileNode));
     std::memcpy(scratch.data(), static_cast<void*>(m_children), scratch.size());

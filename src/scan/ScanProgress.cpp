@@ -74,14 +74,14 @@ void ScanMonitor::reportPath(std::string_view path)
         // Every worker passes here once a folder. When another one holds the
         // lock, its path is as new as this one: go on rather than queue,
         // unless a report is due.
+        const Ticks now = nowTicks();
         std::unique_lock guard(m_lock, std::try_to_lock);
         if (!guard.owns_lock()) {
-            if (nowTicks() - m_lastProgressTick.load(std::memory_order_relaxed) < ticks(progressInterval))
+            if (now - m_lastProgressTick.load(std::memory_order_relaxed) < ticks(progressInterval))
                 return;
             guard.lock();
         }
         m_currentPath.assign(path);
-        const Ticks now = nowTicks();
         if (now - m_lastProgressTick.load(std::memory_order_relaxed) < ticks(progressInterval))
             return;
         m_lastProgressTick.store(now, std::memory_order_relaxed);

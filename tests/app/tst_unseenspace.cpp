@@ -3,6 +3,7 @@
 // and the command line's figures on a real small volume made here.
 
 #include "TestMain.h"
+#include "CliScan.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "app/UnseenSpace.h"
@@ -11,15 +12,12 @@
 #include "platform/ProcessRunner.h"
 #include "platform/VolumeFacts.h"
 
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <cerrno>
 #include <cstring>
-#include <grp.h>
-#include <pwd.h>
 #include <sys/mount.h>
 #include <sys/statvfs.h>
 
@@ -137,21 +135,7 @@ private Q_SLOTS:
 
         auto scanAsNobody = [](const QByteArray& path) {
             QProcess process;
-            const passwd* nobody = ::getpwnam("nobody");
-            if (!nobody)
-                return QJsonObject();
-            const uid_t uid = nobody->pw_uid;
-            const gid_t gid = nobody->pw_gid;
-            process.setChildProcessModifier([uid, gid] {
-                if (::setgroups(0, nullptr) != 0 || ::setgid(gid) != 0 || ::setuid(uid) != 0)
-                    ::_exit(99);
-            });
-            process.start(QStringLiteral(TIDEWICK_CLI),
-                          {QStringLiteral("scan"), QFile::decodeName(path), QStringLiteral("--json"),
-                           QStringLiteral("--quiet")});
-            if (!process.waitForFinished(30000) || process.exitCode() != 0)
-                return QJsonObject();
-            return QJsonDocument::fromJson(process.readAllStandardOutput()).object().value("root").toObject();
+            return runAsNobodyIfRoot(process) ? scanWithCli(process, path).value("root").toObject() : QJsonObject();
         };
         const QJsonObject root = scanAsNobody(mountPoint);
         QVERIFY(!root.isEmpty());

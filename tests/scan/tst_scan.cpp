@@ -1,6 +1,7 @@
 // The walk over real file trees: allocated sizes, hard links, links and
 // mounts, flags, the depth limit, cancellation, the stall rule, workers.
 
+#include "CliScan.h"
 #include "TestFiles.h"
 #include "TestMain.h"
 #include "platform/VolumeFacts.h"
@@ -8,7 +9,6 @@
 #include "scan/Scanner.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -19,9 +19,7 @@
 #include <fcntl.h>
 #include <mutex>
 #include <thread>
-#include <grp.h>
 #include <pthread.h>
-#include <pwd.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -691,8 +689,6 @@ private Q_SLOTS:
             path += "/d";
             makeDir(path);
         }
-        const QString cli = QStringLiteral(TIDEWICK_CLI);
-        QVERIFY2(QFile::exists(cli), qPrintable(cli));
         for (const char* workers : {"1", "3"}) {
             QProcess process;
             // A hard limit of 64, as `ulimit -n 64` leaves it: the scan cannot raise it.
@@ -701,12 +697,10 @@ private Q_SLOTS:
                 if (::setrlimit(RLIMIT_NOFILE, &low) != 0)
                     ::_exit(98);
             });
-            process.start(cli, {QStringLiteral("scan"), QString::fromUtf8(root), QStringLiteral("--json"),
-                                QStringLiteral("--quiet"), QStringLiteral("--depth"), QStringLiteral("0"),
-                                QStringLiteral("--workers"), QLatin1String(workers)});
-            QVERIFY(process.waitForFinished(60000));
-            QCOMPARE(process.exitCode(), 0);
-            const QJsonObject out = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
+            const QJsonObject out = scanWithCli(process, root,
+                                                {QStringLiteral("--depth"), QStringLiteral("0"),
+                                                 QStringLiteral("--workers"), QLatin1String(workers)});
+            QVERIFY(!out.isEmpty());
             QCOMPARE(out.value("inaccessibleCount").toInt(), 0);
             QCOMPARE(out.value("root").toObject().value("fileCount").toInt(), files);
         }
@@ -724,26 +718,11 @@ private Q_SLOTS:
         QCOMPARE(::chmod(m_dir.path().toUtf8().constData(), 0755), 0);
         QCOMPARE(::chmod(QByteArray(root + "/locked").constData(), 0), 0);
 
-        const QString cli = QStringLiteral(TIDEWICK_CLI);
-        QVERIFY2(QFile::exists(cli), qPrintable(cli));
         for (const char* workers : {"1", "2"}) {
             QProcess process;
-            const bool dropPrivileges = ::geteuid() == 0;
-            const passwd* nobody = ::getpwnam("nobody");
-            if (dropPrivileges) {
-                QVERIFY2(nobody, "a user to drop to");
-                const uid_t uid = nobody->pw_uid;
-                const gid_t gid = nobody->pw_gid;
-                process.setChildProcessModifier([uid, gid] {
-                    if (::setgroups(0, nullptr) != 0 || ::setgid(gid) != 0 || ::setuid(uid) != 0)
-                        ::_exit(99);
-                });
-            }
-            process.start(cli, {QStringLiteral("scan"), QString::fromUtf8(root), QStringLiteral("--json"),
-                                QStringLiteral("--quiet"), QStringLiteral("--workers"), QLatin1String(workers)});
-            QVERIFY(process.waitForFinished(30000));
-            QCOMPARE(process.exitCode(), 0);
-            const QJsonObject out = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
+            QVERIFY2(runAsNobodyIfRoot(process), "a user to drop to");
+            const QJsonObject out = scanWithCli(process, root, {QStringLiteral("--workers"), QLatin1String(workers)});
+            QVERIFY(!out.isEmpty());
             QCOMPARE(out.value("inaccessibleCount").toInt(), 1);
             const QJsonObject top = out.value("root").toObject();
             QCOMPARE(top.value("fileCount").toInt(), 1);

@@ -355,8 +355,8 @@ enum : NSAutoresizingMaskOptions {
 @interface NSView : NSObject
 // appkit/nsview/init(frame:)
 - (instancetype)initWithFrame:(NSRect)frameRect;
-// appkit/nsview/window
-@property(readonly, weak) NSWindow* window;
+// appkit/nsview/window: unowned(unsafe), not weak
+@property(readonly, unsafe_unretained) NSWindow* window;
 // appkit/nsview/frame, appkit/nsview/bounds
 @property NSRect frame;
 @property NSRect bounds;

@@ -285,8 +285,8 @@ NSString* NSHomeDirectory(void);
 @interface NSFileHandle : NSObject
 // foundation/filehandle/nulldevice
 @property(class, readonly, strong) NSFileHandle* fileHandleWithNullDevice;
-// foundation/filehandle/readdatatoendoffile()
-- (NSData*)readDataToEndOfFile;
+// foundation/filehandle/readtoend()
+- (nullable NSData*)readDataToEndOfFileAndReturnError:(NSError**)error; // macOS 10.15.4 and later
 @end
 
 // foundation/pipe

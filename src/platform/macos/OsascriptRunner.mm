@@ -44,7 +44,8 @@ public:
                 return result;
             }
             result.launched = true;
-            NSData* said = [errorPipe.fileHandleForReading readDataToEndOfFile];
+            // The reading call that reports a failure; the older one raises an exception.
+            NSData* said = [errorPipe.fileHandleForReading readDataToEndOfFileAndReturnError:nil];
             [task waitUntilExit];
             result.errorOutput = QByteArray(static_cast<const char*>(said.bytes), qsizetype(said.length));
             result.dismissed = osascriptReportsCancel(result.errorOutput);

@@ -25,8 +25,11 @@ public:
             NSError* error = nil;
             if (![task launchAndReturnError:&error])
                 return std::nullopt;
-            NSData* said = [pipe.fileHandleForReading readDataToEndOfFile];
+            // The reading call that reports a failure; the older one raises an exception.
+            NSData* said = [pipe.fileHandleForReading readDataToEndOfFileAndReturnError:&error];
             [task waitUntilExit];
+            if (!said)
+                return std::nullopt;
             return QByteArray(static_cast<const char*>(said.bytes), qsizetype(said.length));
         }
     }

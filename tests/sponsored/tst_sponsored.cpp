@@ -10,6 +10,7 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScopeGuard>
 #include <QSignalSpy>
 
 using namespace tw;
@@ -167,11 +168,12 @@ private Q_SLOTS:
         // A server that is gone changes nothing either.
         serve(200, textItem());
         refresh(*service);
-        const auto port = quint16(m_server.url().port());
+        const quint16 port = m_server.port();
         m_server.close();
+        // Back for the cases after this one, whatever happens here.
+        const auto reopen = qScopeGuard([&] { QVERIFY(m_server.listen(port)); });
         refresh(*service);
         QVERIFY(service->hasAd());
-        QVERIFY(m_server.listen(port));
     }
 
     void clampsTheServersPace_data()

@@ -54,15 +54,13 @@ private:
 // A startup volume whose free space the fake tool moves.
 class FakeVolume final : public VolumeFacts {
 public:
-    std::optional<VolumeInfo::Capacity> capacity(const QByteArray& path) const override
+    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
     {
-        asked.fetch_add(path == "/" ? 1 : 0);
         return VolumeInfo::Capacity{1000 * kGB, free.load(), free.load()};
     }
     VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::unknown; }
     static constexpr qint64 kGB = 1000LL * 1000 * 1000;
     std::atomic<qint64> free{100 * kGB};
-    mutable std::atomic<int> asked{0};
 };
 
 const QByteArray kThree = "Snapshots for disk /:\n"
@@ -110,10 +108,9 @@ private Q_SLOTS:
                                              "com.apple.TimeMachine.2026-11-21-101500.local",
                                              "com.apple.TimeMachine.2026-11-22-101500.local"}));
         QCOMPARE(m_tool.calls().last(), (QStringList{"/usr/bin/tmutil", "listlocalsnapshots", "/"}));
-        QVERIFY(names("Snapshots for disk /:\n").isEmpty());
-        QVERIFY(names("com.apple.TimeMachine\ncom.apple.TimeMachineX.1\ncom.example.backup.1\n").isEmpty());
-        // A complaint in the shared pipe, and output that is not UTF-8.
-        QVERIFY(names("tmutil: listlocalsnapshots requires Full Disk Access\n").isEmpty());
+        // Near misses, a complaint in the shared pipe, and output that is not UTF-8.
+        QVERIFY(names("com.apple.TimeMachine\ncom.apple.TimeMachineX.1\ncom.example.backup.1\n"
+                      "tmutil: listlocalsnapshots requires Full Disk Access\n").isEmpty());
         QVERIFY(names("com.apple.TimeMachine.\xff\xfe.local\n").isEmpty());
 
         (void)SnapshotService::thinLocalSnapshots(SnapshotService::kPurgeAmount, QStringLiteral("/"),
@@ -165,7 +162,6 @@ private Q_SLOTS:
             QSignalSpy thinned(&state, &AppState::snapshotsThinned);
             const int countBefore = state.localSnapshotCount();
             state.thinSnapshots();
-            QVERIFY(state.thinningSnapshots());
             QVERIFY(!state.confirmThinSnapshots());
             QCOMPARE(state.localSnapshotCount(), countBefore); // the button keeps its count while it runs
             QVERIFY(thinned.wait(5000));
@@ -178,30 +174,7 @@ private Q_SLOTS:
         }
     }
 
-    void secondRequestWhileOneRunsDoesNothing()
-    {
-        std::atomic<bool> release{false};
-        m_tool.onThin = [&release] {
-            while (!release)
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        };
-        AppState state(services());
-        QSignalSpy thinned(&state, &AppState::snapshotsThinned);
-        const qsizetype callsBefore = m_tool.calls().size();
-        state.thinSnapshots();
-        state.thinSnapshots();
-        QTest::qWait(50);
-        state.thinSnapshots();
-        release = true;
-        QVERIFY(thinned.wait(5000));
-        int thins = 0;
-        for (const QStringList& call : m_tool.calls().mid(callsBefore))
-            thins += call.value(1) == QLatin1String("thinlocalsnapshots");
-        QCOMPARE(thins, 1);
-        QCOMPARE(thinned.first().first().toLongLong(), 0);
-        QCOMPARE(state.thinResultMessage(), text("snapshots.result.none"));
-    }
-
+    // The tool runs off the GUI thread, and presses while it runs start no second one.
     void windowKeepsDrawingWhileTheToolWorks()
     {
         QQmlEngine engine;
@@ -221,8 +194,19 @@ private Q_SLOTS:
         QSignalSpy thinned(&state, &AppState::snapshotsThinned);
         int frames = 0;
         connect(window, &QQuickWindow::frameSwapped, this, [&] { frames += state.thinningSnapshots() ? 1 : 0; });
+        const qsizetype callsBefore = m_tool.calls().size();
+        state.thinSnapshots();
+        state.thinSnapshots();
+        QTest::qWait(50);
         state.thinSnapshots();
         QVERIFY(thinned.wait(5000));
+        QTest::qWait(50);
+        QCOMPARE(thinned.count(), 1);
+        int thins = 0;
+        for (const QStringList& call : m_tool.calls().mid(callsBefore))
+            thins += call.value(1) == QLatin1String("thinlocalsnapshots");
+        QCOMPARE(thins, 1);
+        QCOMPARE(state.thinResultMessage(), text("snapshots.result.none")); // nothing came back
         // Well under the 48 that 60 frames a second would give; a blocked
         // GUI thread gives none.
         QVERIFY2(frames >= 10, qPrintable(QString::number(frames)));

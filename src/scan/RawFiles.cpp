@@ -48,4 +48,12 @@ std::optional<QByteArray> readFileBytes(const QByteArray& path, qint64 limit)
     return data;
 }
 
+std::optional<QDateTime> lastAccess(const QByteArray& path)
+{
+    struct stat facts;
+    if (::stat(path.constData(), &facts) != 0)
+        return std::nullopt;
+    return QDateTime::fromSecsSinceEpoch(qint64(facts.st_atime));
+}
+
 } // namespace tw

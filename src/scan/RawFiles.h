@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QByteArrayList>
+#include <QDateTime>
 #include <optional>
 
 namespace tw {
@@ -17,5 +18,11 @@ namespace tw {
 // nothing when it cannot be read, is not a regular file, or is larger than
 // `limit` bytes.
 [[nodiscard]] std::optional<QByteArray> readFileBytes(const QByteArray& path, qint64 limit);
+
+// When the file at `path` (links followed) was last read, to the second, or
+// nothing when it cannot be examined. Whole seconds because POSIX names only
+// those alike on both systems (`st_atime`); the finer field has a name of
+// its own on each, and no date we show needs it.
+[[nodiscard]] std::optional<QDateTime> lastAccess(const QByteArray& path);
 
 } // namespace tw

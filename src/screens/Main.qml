@@ -16,8 +16,7 @@ Window {
     minimumHeight: 720
     visible: true
     title: "Tidewick"
-    // Transparent where the platform draws its own background behind us.
-    color: leadingInset > 0 ? "transparent" : Style.windowBackground
+    color: Style.windowBackground
 
     ContentView {
         anchors.fill: parent

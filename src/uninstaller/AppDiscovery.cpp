@@ -16,15 +16,6 @@ namespace tw {
 namespace {
 constexpr int kDeepestLevel = 2;
 
-std::optional<QDateTime> accessDate(const QByteArray& path)
-{
-    struct stat facts {};
-    if (::stat(path.constData(), &facts) != 0)
-        return std::nullopt;
-    return QDateTime::fromMSecsSinceEpoch(qint64(facts.st_atim.tv_sec) * 1000 +
-                                          facts.st_atim.tv_nsec / 1000000);
-}
-
 // The bundle's own icon: CFBundleIconFile under Contents/Resources, with or
 // without its ".icns".
 QByteArray iconFileOf(const QByteArray& path, const BundleInfo& bundle)
@@ -131,10 +122,10 @@ QByteArray bundleIconFile(const QByteArray& path)
 std::optional<QDateTime> lastOpenedDate(const QByteArray& path)
 {
     if (const std::optional<BundleInfo> bundle = openBundle(path); bundle && bundle->executable) {
-        if (auto date = accessDate(*bundle->executable))
+        if (auto date = lastAccess(*bundle->executable))
             return date;
     }
-    return accessDate(path);
+    return lastAccess(path);
 }
 
 } // namespace AppDiscovery

@@ -41,7 +41,7 @@ class AppsListModel : public QAbstractListModel {
     Q_PROPERTY(tw::AppState* state READ state WRITE setState NOTIFY stateChanged)
     Q_PROPERTY(QString search READ search WRITE setSearch NOTIFY searchChanged)
     // An AppSort, as its index in `sortKeys`.
-    Q_PROPERTY(int sort READ sort WRITE setSort NOTIFY sortChanged)
+    Q_PROPERTY(int sort READ sortIndex WRITE setSort NOTIFY sortChanged)
     Q_PROPERTY(QStringList sortKeys READ sortKeys CONSTANT)
     Q_PROPERTY(int count READ rowCount NOTIFY countChanged)
 
@@ -54,7 +54,8 @@ public:
     void setState(AppState* state);
     [[nodiscard]] QString search() const { return m_search; }
     void setSearch(const QString& search);
-    [[nodiscard]] int sort() const { return int(m_sort); }
+    // Not sort(): that name is QAbstractItemModel's virtual, which it would hide.
+    [[nodiscard]] int sortIndex() const { return int(m_sort); }
     void setSort(int sort);
     [[nodiscard]] QStringList sortKeys() const;
 

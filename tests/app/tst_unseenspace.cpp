@@ -1,9 +1,8 @@
 // The used space of a volume that a scan from its mount point could not see:
-// AppState's figure and the details panel's texts with made-up volume facts,
-// and the command line's figures on a real small volume made here.
+// AppState's figure and the details panel's texts with made-up volume facts.
+// The command line's figures on a real volume are in the Linux mount tests.
 
 #include "TestMain.h"
-#include "CliScan.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "app/UnseenSpace.h"
@@ -12,14 +11,8 @@
 #include "platform/ProcessRunner.h"
 #include "platform/VolumeFacts.h"
 
-#include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
-#include <cerrno>
-#include <cstring>
-#include <sys/mount.h>
-#include <sys/statvfs.h>
 
 using namespace tw;
 using namespace tw::test;
@@ -112,48 +105,6 @@ private Q_SLOTS:
         state.resetToWelcome();
         QVERIFY(!state.unseenSpace());
         QVERIFY(!model.shown());
-    }
-
-    void commandLineCountsWhatAnotherUserCannotRead()
-    {
-        if (::geteuid() != 0)
-            QSKIP("mounting a volume for the test needs root");
-        const QByteArray mountPoint = QFile::encodeName(m_dir.path()) + "/mnt";
-        makeDir(mountPoint);
-        if (::mount("tidewick-test", mountPoint.constData(), "tmpfs", 0, "size=16m,mode=0755") != 0)
-            QSKIP(qPrintable(QStringLiteral("cannot mount a tmpfs here: ") + QString::fromLocal8Bit(std::strerror(errno))));
-        const auto unmount = qScopeGuard([&] { ::umount2(mountPoint.constData(), MNT_DETACH); });
-        QCOMPARE(::chmod(QFile::encodeName(m_dir.path()).constData(), 0755), 0);
-        makeDir(mountPoint + "/open");
-        writeFile(mountPoint + "/open/seen", 200 * 1024);
-        for (const char* name : {"/locked", "/private"}) {
-            makeDir(mountPoint + name);
-            writeFile(mountPoint + name + "/hidden", 1024 * 1024);
-            QCOMPARE(::chmod(QByteArray(mountPoint + name).constData(), 0700), 0);
-        }
-        const qint64 hidden = allocatedBytes(mountPoint + "/locked/hidden") + allocatedBytes(mountPoint + "/private/hidden");
-
-        auto scanAsNobody = [](const QByteArray& path) {
-            QProcess process;
-            return runAsNobodyIfRoot(process) ? scanWithCli(process, path).value("root").toObject() : QJsonObject();
-        };
-        const QJsonObject root = scanAsNobody(mountPoint);
-        QVERIFY(!root.isEmpty());
-        const QJsonObject unseen = root.value("unseen").toObject();
-        struct statvfs facts {};
-        QCOMPARE(::statvfs(mountPoint.constData(), &facts), 0);
-        const qint64 used = qint64(facts.f_blocks - facts.f_bavail) * qint64(facts.f_frsize);
-        QCOMPARE(unseen.value("bytes").toInteger(), used - root.value("size").toInteger());
-        QVERIFY(unseen.value("bytes").toInteger() >= hidden);
-        QCOMPARE(unseen.value("unreadableFolders").toInteger(), 2);
-        QCOMPARE(unseen.value("localSnapshots").toInteger(), 0);
-        QCOMPARE(unseen.value("reservedBytes").toInteger(), 0); // tmpfs keeps nothing back
-        QVERIFY(!unseen.contains("purgeableBytes"));
-
-        // Below the mount point there is nothing to compare with.
-        const QJsonObject inside = scanAsNobody(mountPoint + "/open");
-        QVERIFY(!inside.isEmpty());
-        QVERIFY(!inside.contains("unseen"));
     }
 };
 

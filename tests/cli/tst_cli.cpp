@@ -23,16 +23,19 @@ struct Run {
 };
 
 // Runs the command line with argv's raw bytes (QProcess would re-encode
-// them); standard output goes to `outputFile` if given. `asNobody` drops to
-// an unprivileged user first where we are root.
-Run cli(const QByteArrayList& args, const QByteArray& outputFile = {}, bool asNobody = false)
+// them). With `unwritable` output, standard output is a descriptor open for
+// reading only, so every write fails as on a full disk, on every system.
+// `asNobody` drops to an unprivileged user first where we are root.
+enum class Output { kept, unwritable };
+Run cli(const QByteArrayList& args, Output output = Output::kept, bool asNobody = false)
 {
     QTemporaryDir scratch;
-    const QByteArray outPath = outputFile.isEmpty() ? QFile::encodeName(scratch.path()) + "/out" : outputFile;
+    const QByteArray outPath = QFile::encodeName(scratch.path()) + "/out";
     const QByteArray errPath = QFile::encodeName(scratch.path()) + "/err";
     const pid_t child = ::fork();
     if (child == 0) {
-        const int out = ::open(outPath.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        const int out = ::open(outPath.constData(),
+                               (output == Output::kept ? O_WRONLY : O_RDONLY) | O_CREAT | O_TRUNC, 0644);
         const int err = ::open(errPath.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         if (out < 0 || err < 0 || ::dup2(out, 1) < 0 || ::dup2(err, 2) < 0)
             ::_exit(98);
@@ -54,8 +57,7 @@ Run cli(const QByteArrayList& args, const QByteArray& outputFile = {}, bool asNo
         QFile file(QFile::decodeName(path));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     };
-    if (outputFile.isEmpty())
-        run.out = slurp(outPath);
+    run.out = slurp(outPath);
     run.err = slurp(errPath);
     return run;
 }
@@ -98,10 +100,10 @@ private Q_SLOTS:
     {
         writeFile(base() + "/some", 10);
         // Output that cannot be written: the whole run fails.
-        Run run = cli({"scan", base(), "--json", "--quiet"}, "/dev/full");
+        Run run = cli({"scan", base(), "--json", "--quiet"}, Output::unwritable);
         QVERIFY(run.exitCode != 0);
         QVERIFY(run.err.contains("cannot write"));
-        run = cli({"trash", base() + "/missing"}, "/dev/full");
+        run = cli({"trash", base() + "/missing"}, Output::unwritable);
         QVERIFY(run.exitCode != 0);
 
         // A root that is not there, or that we may not read.
@@ -115,7 +117,7 @@ private Q_SLOTS:
         QVERIFY(::chmod(base().constData(), 0755) == 0);
         if (::getuid() != 0)
             QVERIFY(::chmod(closed.constData(), 0) == 0);
-        run = cli({"scan", closed, "--quiet"}, {}, true);
+        run = cli({"scan", closed, "--quiet"}, Output::kept, true);
         QVERIFY2(run.exitCode != 0 && run.exitCode != 99, run.err.constData());
         QVERIFY(run.err.contains("cannot"));
         QVERIFY(::chmod(closed.constData(), 0700) == 0);

@@ -1,5 +1,5 @@
-// The walk over real file trees: allocated sizes, hard links, links and
-// mounts, flags, the depth limit, cancellation, the stall rule, workers.
+// The walk over real file trees: allocated sizes, hard links, links,
+// flags, the depth limit, cancellation, the stall rule, workers.
 
 #include "CliScan.h"
 #include "TestFiles.h"
@@ -20,7 +20,6 @@
 #include <mutex>
 #include <thread>
 #include <pthread.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -234,55 +233,6 @@ private Q_SLOTS:
         QCOMPARE(top.fileCount(), 3);
         // Qt's own clean-up cannot name this file: it goes by its bytes.
         QCOMPARE(::unlink(QByteArray(root + "/" + latin1Name).constData()), 0);
-    }
-
-    void otherMountsLeaveNoNode()
-    {
-        QByteArray parent;
-        QByteArray mountName;
-        bool mounted = false;
-        bool bound = false;
-        if (::geteuid() == 0) {
-            parent = base() + "/mounts";
-            makeDir(parent);
-            makeDir(parent + "/inner");
-            makeDir(parent + "/bound");
-            makeDir(base() + "/elsewhere");
-            writeFile(base() + "/elsewhere/data", 64 * 1024);
-            writeFile(parent + "/kept", 4096);
-            mounted = ::mount("none", QByteArray(parent + "/inner").constData(), "tmpfs", 0, nullptr) == 0;
-            if (mounted) {
-                writeFile(parent + "/inner/hidden", 64 * 1024);
-                mountName = "inner";
-            }
-            // Another part of the same file system, mounted again inside the tree.
-            bound = ::mount(QByteArray(base() + "/elsewhere").constData(), QByteArray(parent + "/bound").constData(),
-                            nullptr, MS_BIND, nullptr) == 0;
-        }
-        if (!mounted) {
-            // Without the right to mount, use a mount the system already has.
-            struct stat devFacts {}, shmFacts {};
-            if (::stat("/dev", &devFacts) == 0 && ::stat("/dev/shm", &shmFacts) == 0
-                && devFacts.st_dev != shmFacts.st_dev) {
-                parent = "/dev";
-                mountName = "shm";
-            }
-        }
-        if (mountName.isEmpty())
-            QSKIP("no nested mount could be made or found: the volume test is not exercised here");
-        const auto tree = scanWith(parent, 2);
-        QVERIFY(!childNamed(*tree->root(), std::string_view(mountName.constData(), size_t(mountName.size()))));
-        if (bound) {
-            QVERIFY(!childNamed(*tree->root(), "bound"));
-            QCOMPARE(::umount(QByteArray(parent + "/bound").constData()), 0);
-        }
-        if (mounted) {
-            QCOMPARE(tree->root()->fileCount(), 1);
-            QCOMPARE(tree->root()->size(), allocatedBytes(parent + "/kept"));
-            QCOMPARE(::umount(QByteArray(parent + "/inner").constData()), 0);
-        }
-        if (mounted && !bound)
-            QSKIP("a bind mount could not be made: mount points on the same device are not exercised");
     }
 
     void depthLimitFlagsTheFolderBelowLevel128()

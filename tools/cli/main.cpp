@@ -28,7 +28,7 @@ void printUsage()
 } // namespace
 
 namespace {
-// Output that did not reach its file (a full disk, /dev/full) fails the
+// Output that did not reach its file (a full disk, a closed pipe) fails the
 // command, whatever the command itself thought of its work.
 int finish(int code)
 {

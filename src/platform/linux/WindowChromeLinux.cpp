@@ -2,8 +2,6 @@
 
 namespace tw {
 
-void prepareWindowChrome() {}
-
 int applyWindowChrome(QWindow&)
 {
     // The window manager draws the frame; the content starts below it.

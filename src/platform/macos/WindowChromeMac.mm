@@ -2,16 +2,9 @@
 
 #import <AppKit/AppKit.h>
 
-#include <QQuickWindow>
 #include <QWindow>
 
 namespace tw {
-
-void prepareWindowChrome()
-{
-    // Without an alpha channel Qt's window is opaque and hides the material.
-    QQuickWindow::setDefaultAlphaBuffer(true);
-}
 
 int applyWindowChrome(QWindow& window)
 {
@@ -19,24 +12,16 @@ int applyWindowChrome(QWindow& window)
     NSWindow* nsWindow = qtView.window;
     if (!nsWindow)
         return 0;
+    // A deliberate change from the translucent under-window material: the
+    // material can only lie behind Qt's view by taking the content view from
+    // Qt (which then sends showing, hiding, flags, the title-bar buttons and
+    // geometry to its view instead of the window) or by adding a view to
+    // AppKit's own frame view, which AppKit warns against. The window is
+    // opaque and the content paints the system's window colour, which follows
+    // the appearance as the material did.
     nsWindow.titleVisibility = NSWindowTitleHidden;
     nsWindow.titlebarAppearsTransparent = YES;
     nsWindow.styleMask |= NSWindowStyleMaskFullSizeContentView;
-    nsWindow.opaque = NO;
-    nsWindow.backgroundColor = NSColor.clearColor;
-
-    // What lies behind shows faintly through, and stays so when the window
-    // is not key. The material becomes the window's content view and Qt's
-    // view lies on it, filling it: AppKit's frame view above is not ours.
-    NSView* content = nsWindow.contentView;
-    NSVisualEffectView* effect = [[NSVisualEffectView alloc] initWithFrame:content.frame];
-    effect.material = NSVisualEffectMaterialUnderWindowBackground;
-    effect.blendingMode = NSVisualEffectBlendingModeBehindWindow;
-    effect.state = NSVisualEffectStateActive;
-    nsWindow.contentView = effect;
-    content.frame = effect.bounds;
-    content.autoresizingMask = NSViewWidthSizable | NSViewHeightSizable;
-    [effect addSubview:content];
     return 78;
 }
 

@@ -1,0 +1,138 @@
+// Cases that need real mounts, made here with Linux's mount(2): the walk stops
+// at other volumes, and the command line's unseen figure on a small volume.
+// Linux only: the mount calls and tmpfs are Linux's.
+
+#include "CliScan.h"
+#include "TestFiles.h"
+#include "TestMain.h"
+#include "scan/Scanner.h"
+
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cerrno>
+#include <cstring>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+using namespace tw;
+using namespace tw::test;
+
+namespace {
+
+std::shared_ptr<ScanTree> scanWith(const QByteArray& path, int workers)
+{
+    Scanner::Options options;
+    options.workers = workers;
+    Scanner scanner({}, options);
+    return scanner.scan(path);
+}
+
+} // namespace
+
+class MountsTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QByteArray base() const { return QFile::encodeName(m_dir.path()); }
+
+private Q_SLOTS:
+    void otherMountsLeaveNoNode()
+    {
+        QByteArray parent;
+        QByteArray mountName;
+        bool mounted = false;
+        bool bound = false;
+        if (::geteuid() == 0) {
+            parent = base() + "/mounts";
+            makeDir(parent);
+            makeDir(parent + "/inner");
+            makeDir(parent + "/bound");
+            makeDir(base() + "/elsewhere");
+            writeFile(base() + "/elsewhere/data", 64 * 1024);
+            writeFile(parent + "/kept", 4096);
+            mounted = ::mount("none", QByteArray(parent + "/inner").constData(), "tmpfs", 0, nullptr) == 0;
+            if (mounted) {
+                writeFile(parent + "/inner/hidden", 64 * 1024);
+                mountName = "inner";
+            }
+            // Another part of the same file system, mounted again inside the tree.
+            bound = ::mount(QByteArray(base() + "/elsewhere").constData(), QByteArray(parent + "/bound").constData(),
+                            nullptr, MS_BIND, nullptr) == 0;
+        }
+        if (!mounted) {
+            // Without the right to mount, use a mount the system already has.
+            struct stat devFacts {}, shmFacts {};
+            if (::stat("/dev", &devFacts) == 0 && ::stat("/dev/shm", &shmFacts) == 0
+                && devFacts.st_dev != shmFacts.st_dev) {
+                parent = "/dev";
+                mountName = "shm";
+            }
+        }
+        if (mountName.isEmpty())
+            QSKIP("no nested mount could be made or found: the volume test is not exercised here");
+        const auto tree = scanWith(parent, 2);
+        QVERIFY(!childNamed(*tree->root(), std::string_view(mountName.constData(), size_t(mountName.size()))));
+        if (bound) {
+            QVERIFY(!childNamed(*tree->root(), "bound"));
+            QCOMPARE(::umount(QByteArray(parent + "/bound").constData()), 0);
+        }
+        if (mounted) {
+            QCOMPARE(tree->root()->fileCount(), 1);
+            QCOMPARE(tree->root()->size(), allocatedBytes(parent + "/kept"));
+            QCOMPARE(::umount(QByteArray(parent + "/inner").constData()), 0);
+        }
+        if (mounted && !bound)
+            QSKIP("a bind mount could not be made: mount points on the same device are not exercised");
+    }
+
+    void commandLineCountsWhatAnotherUserCannotRead()
+    {
+        if (::geteuid() != 0)
+            QSKIP("mounting a volume for the test needs root");
+        const QByteArray mountPoint = base() + "/mnt";
+        makeDir(mountPoint);
+        if (::mount("tidewick-test", mountPoint.constData(), "tmpfs", 0, "size=16m,mode=0755") != 0)
+            QSKIP(qPrintable(QStringLiteral("cannot mount a tmpfs here: ") + QString::fromLocal8Bit(std::strerror(errno))));
+        const auto unmount = qScopeGuard([&] { ::umount2(mountPoint.constData(), MNT_DETACH); });
+        QCOMPARE(::chmod(base().constData(), 0755), 0);
+        makeDir(mountPoint + "/open");
+        writeFile(mountPoint + "/open/seen", 200 * 1024);
+        for (const char* name : {"/locked", "/private"}) {
+            makeDir(mountPoint + name);
+            writeFile(mountPoint + name + "/hidden", 1024 * 1024);
+            QCOMPARE(::chmod(QByteArray(mountPoint + name).constData(), 0700), 0);
+        }
+        const qint64 hidden = allocatedBytes(mountPoint + "/locked/hidden") + allocatedBytes(mountPoint + "/private/hidden");
+
+        auto scanAsNobody = [](const QByteArray& path) {
+            QProcess process;
+            return runAsNobodyIfRoot(process) ? scanWithCli(process, path).value("root").toObject() : QJsonObject();
+        };
+        const QJsonObject root = scanAsNobody(mountPoint);
+        QVERIFY(!root.isEmpty());
+        const QJsonObject unseen = root.value("unseen").toObject();
+        struct statvfs facts {};
+        QCOMPARE(::statvfs(mountPoint.constData(), &facts), 0);
+        const qint64 used = qint64(facts.f_blocks - facts.f_bavail) * qint64(facts.f_frsize);
+        QCOMPARE(unseen.value("bytes").toInteger(), used - root.value("size").toInteger());
+        QVERIFY(unseen.value("bytes").toInteger() >= hidden);
+        QCOMPARE(unseen.value("unreadableFolders").toInteger(), 2);
+        QCOMPARE(unseen.value("localSnapshots").toInteger(), 0);
+        QCOMPARE(unseen.value("reservedBytes").toInteger(), 0); // tmpfs keeps nothing back
+        QVERIFY(!unseen.contains("purgeableBytes"));
+
+        // Below the mount point there is nothing to compare with.
+        const QJsonObject inside = scanAsNobody(mountPoint + "/open");
+        QVERIFY(!inside.isEmpty());
+        QVERIFY(!inside.contains("unseen"));
+    }
+};
+
+TIDEWICK_TEST_MAIN(MountsTest)
+#include "tst_mounts.moc"

@@ -1,0 +1,124 @@
+// `tidewick-cli uninstall` on fixture applications against a real Trash.
+// Linux only: the freedesktop.org Trash can be pointed at the test's folder
+// (XDG_DATA_HOME); on a Mac the command would use the user's own Trash.
+
+#include "TestFiles.h"
+#include "TestMain.h"
+#include "uninstaller/PropertyList.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+using namespace tw;
+using namespace tw::test;
+
+namespace {
+
+void makePath(const QByteArray& path)
+{
+    QVERIFY(QDir().mkpath(QFile::decodeName(path)));
+}
+
+void writeInfo(const QByteArray& bundle, const char* id, const char* name)
+{
+    makePath(bundle + "/Contents/MacOS");
+    writeFile(bundle + "/Contents/MacOS/main", 8192);
+    const QVariantMap info{{QStringLiteral("CFBundleIdentifier"), QString::fromLatin1(id)},
+                           {QStringLiteral("CFBundleName"), QString::fromLatin1(name)},
+                           {QStringLiteral("CFBundleExecutable"), QStringLiteral("main")}};
+    const QByteArray plist = writePropertyList(info, false);
+    QFile file(QFile::decodeName(bundle + "/Contents/Info.plist"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(plist), plist.size());
+}
+
+QStringList entries(const QByteArray& folder)
+{
+    QStringList list = QDir(QFile::decodeName(folder)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+    list.sort();
+    return list;
+}
+
+} // namespace
+
+class CliUninstallTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cliUninstallMovesThePlanToTheTrash()
+    {
+        QTemporaryDir dir;
+        QVERIFY(dir.isValid());
+        const QByteArray root = QFile::encodeName(dir.path());
+        const QByteArray home = root + "/home";
+        const QByteArray library = home + "/Library";
+        writeInfo(root + "/Applications/Foo.app", "com.foo.app", "Foo");
+        writeInfo(root + "/Applications/Bar.app", "com.bar.app", "Bar");
+        makePath(library + "/Caches/com.foo.app");
+        writeFile(library + "/Caches/com.foo.app/blob", 4096);
+        makePath(library + "/Application Support/Foo");
+        makePath(library + "/Group Containers/TEAM.com.foo.app");
+        makePath(library + "/Caches/com.bar.app");
+        makePath(library + "/Application Support/Foobar");
+        makePath(library + "/Preferences");
+        writeFile(library + "/Preferences/com.foo.app.plist", 100);
+        writeFile(library + "/Preferences/com.bar.app.plist", 100);
+        makePath(root + "/system");
+
+        const QString cli = QStringLiteral(TIDEWICK_CLI);
+        QVERIFY2(QFile::exists(cli), qPrintable(cli));
+        const auto run = [&](QStringList extra) {
+            QProcess process;
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(QStringLiteral("XDG_DATA_HOME"), QFile::decodeName(root + "/xdg"));
+            process.setProcessEnvironment(env);
+            process.start(cli, QStringList{QStringLiteral("uninstall"), QFile::decodeName(root + "/Applications/Foo.app"),
+                                           QStringLiteral("--home"), QFile::decodeName(home),
+                                           QStringLiteral("--system-library"), QFile::decodeName(root + "/system"),
+                                           QStringLiteral("--json")} +
+                                   extra);
+            process.waitForFinished(30000);
+            return std::pair{process.exitCode(), QJsonDocument::fromJson(process.readAllStandardOutput()).object()};
+        };
+
+        const auto [dryStatus, dry] = run({QStringLiteral("--dry-run")});
+        QCOMPARE(dryStatus, 0);
+        QCOMPARE(dry.value("items").toArray().size(), 5);
+        QVERIFY(!QFile::exists(QFile::decodeName(root + "/xdg/Trash/files")) ||
+                entries(root + "/xdg/Trash/files").isEmpty());
+
+        const auto [status, out] = run({});
+        QCOMPARE(status, 0);
+        QStringList results;
+        for (const QJsonValue item : out.value("items").toArray()) {
+            const QJsonObject object = item.toObject();
+            results.append(object.value("path").toString().section(u'/', -1) + u':' + object.value("result").toString());
+            if (object.value("category").toString() != QLatin1String("Application"))
+                QVERIFY(!object.value("reason").toString().isEmpty());
+        }
+        QCOMPARE(results, (QStringList{"Foo.app:moved", "Foo:moved", "com.foo.app:moved", "TEAM.com.foo.app:kept",
+                                       "com.foo.app.plist:moved"}));
+        // Exactly the bundle and the unshared leftovers, each with its info file.
+        const QStringList trashed{"Foo", "Foo.app", "com.foo.app", "com.foo.app.plist"};
+        QCOMPARE(entries(root + "/xdg/Trash/files"), trashed);
+        QStringList infos;
+        for (const QString& name : trashed)
+            infos.append(name + QStringLiteral(".trashinfo"));
+        infos.sort();
+        QCOMPARE(entries(root + "/xdg/Trash/info"), infos);
+        QVERIFY(QFile::exists(QFile::decodeName(root + "/xdg/Trash/files/com.foo.app/blob")));
+        // Nothing of Bar's, nor the shared container, moved.
+        QCOMPARE(entries(library + "/Caches"), QStringList{"com.bar.app"});
+        QCOMPARE(entries(library + "/Preferences"), QStringList{"com.bar.app.plist"});
+        QCOMPARE(entries(library + "/Application Support"), QStringList{"Foobar"});
+        QCOMPARE(entries(library + "/Group Containers"), QStringList{"TEAM.com.foo.app"});
+        QCOMPARE(entries(root + "/Applications"), QStringList{"Bar.app"});
+    }
+};
+
+TIDEWICK_TEST_MAIN(CliUninstallTest)
+#include "tst_cliuninstall.moc"

@@ -4,11 +4,10 @@
 // fixture applications against a real Trash.
 
 #include "TestMain.h"
+#include "FakePlatform.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "localization/LocalizationManager.h"
-#include "platform/FileReveal.h"
-#include "platform/RunningApplications.h"
 #include "uninstaller/AppsListModel.h"
 #include "uninstaller/InstalledApp.h"
 #include "uninstaller/PropertyList.h"
@@ -30,8 +29,7 @@ namespace {
 
 std::unique_ptr<InstalledApp> made(const char* name, const char* id, std::optional<QDateTime> opened = {})
 {
-    return std::make_unique<InstalledApp>(QByteArray("/Applications/") + name + ".app", QString::fromUtf8(name),
-                                          QString::fromUtf8(id), std::nullopt, opened, QByteArray());
+    return madeApp("/Applications", QString::fromUtf8(name), QString::fromUtf8(id), opened);
 }
 
 QStringList namesOf(const std::vector<InstalledApp*>& apps)
@@ -42,52 +40,11 @@ QStringList namesOf(const std::vector<InstalledApp*>& apps)
     return names;
 }
 
-RelatedFile leftover(const char* path, qint64 size, bool shared = false,
-                     RelatedCategory category = RelatedCategory::caches)
-{
-    RelatedFile file;
-    file.url = path;
-    file.size = size;
-    file.isShared = shared;
-    file.category = category;
-    return file;
-}
-
-class FakeRunning final : public RunningApplications {
-public:
-    bool isRunning(const QString&, const QByteArray&) const override { return running; }
-    bool terminate(const QString&, const QByteArray&) override
-    {
-        ++terminated;
-        running = stubborn;
-        return true;
-    }
-    std::atomic<bool> running{false};
-    bool stubborn = false;
-    int terminated = 0;
-};
-
-class NoReveal final : public FileReveal {
-public:
-    void reveal(const QByteArray&) override {}
-};
-
-void makePath(const QByteArray& path)
-{
-    QVERIFY(QDir().mkpath(QFile::decodeName(path)));
-}
-
 void writeInfo(const QByteArray& bundle, const char* id, const char* name)
 {
-    makePath(bundle + "/Contents/MacOS");
-    writeFile(bundle + "/Contents/MacOS/main", 8192);
-    const QVariantMap info{{QStringLiteral("CFBundleIdentifier"), QString::fromLatin1(id)},
-                           {QStringLiteral("CFBundleName"), QString::fromLatin1(name)},
-                           {QStringLiteral("CFBundleExecutable"), QStringLiteral("main")}};
-    const QByteArray plist = writePropertyList(info, false);
-    QFile file(QFile::decodeName(bundle + "/Contents/Info.plist"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(plist), plist.size());
+    makeTree(bundle, {{"Contents/MacOS/main", 8192}});
+    writeBytes(bundle + "/Contents/Info.plist",
+               writePropertyList(QVariantMap{{"CFBundleIdentifier", id}, {"CFBundleName", name}, {"CFBundleExecutable", "main"}}, false));
 }
 
 QStringList entries(const QByteArray& folder)
@@ -169,7 +126,7 @@ private Q_SLOTS:
     void dialogDefaultsMergeAndButton()
     {
         FakeRunning running;
-        NoReveal reveal;
+        FakeReveal reveal;
         QList<QList<QByteArray>> handed;
         AppState::Services services;
         services.running = &running;
@@ -256,16 +213,10 @@ private Q_SLOTS:
         const QByteArray library = home + "/Library";
         writeInfo(root + "/Applications/Foo.app", "com.foo.app", "Foo");
         writeInfo(root + "/Applications/Bar.app", "com.bar.app", "Bar");
-        makePath(library + "/Caches/com.foo.app");
-        writeFile(library + "/Caches/com.foo.app/blob", 4096);
-        makePath(library + "/Application Support/Foo");
-        makePath(library + "/Group Containers/TEAM.com.foo.app");
-        makePath(library + "/Caches/com.bar.app");
-        makePath(library + "/Application Support/Foobar");
-        makePath(library + "/Preferences");
-        writeFile(library + "/Preferences/com.foo.app.plist", 100);
-        writeFile(library + "/Preferences/com.bar.app.plist", 100);
-        makePath(root + "/system");
+        makeTree(library, {{"Caches/com.foo.app/blob", 4096}, {"Application Support/Foo"}, {"Group Containers/TEAM.com.foo.app"},
+                           {"Caches/com.bar.app"}, {"Application Support/Foobar"}, {"Preferences/com.foo.app.plist", 100},
+                           {"Preferences/com.bar.app.plist", 100}});
+        makeTree(root + "/system", {});
 
         const QString cli = QStringLiteral(TIDEWICK_CLI);
         QVERIFY2(QFile::exists(cli), qPrintable(cli));

@@ -13,8 +13,13 @@ public:
     {
         return values.contains(key) ? std::optional<QString>(values.value(key)) : std::nullopt;
     }
-    void setString(const QString& key, const QString& value) override { values.insert(key, value); }
+    void setString(const QString& key, const QString& value) override
+    {
+        values.insert(key, value);
+        ++writes;
+    }
     QMap<QString, QString> values;
+    int writes = 0;
 };
 
 } // namespace tw::test

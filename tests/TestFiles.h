@@ -3,8 +3,10 @@
 // Helpers for tests that build real file trees on disk.
 
 #include "scan/FileNode.h"
+#include "scan/Scanner.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QtTest>
 
@@ -27,6 +29,16 @@ inline void writeFile(const QByteArray& path, qint64 bytes)
         QVERIFY(n > 0);
         left -= n;
     }
+    ::close(fd);
+}
+
+// Writes exactly `data`, making the missing parent folders first.
+inline void writeBytes(const QByteArray& path, const QByteArray& data)
+{
+    QVERIFY(QDir().mkpath(QFile::decodeName(path.left(path.lastIndexOf('/')))));
+    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    QVERIFY2(fd >= 0, path.constData());
+    QCOMPARE(::write(fd, data.constData(), size_t(data.size())), ssize_t(data.size()));
     ::close(fd);
 }
 
@@ -61,6 +73,41 @@ inline const FileNode* childNamed(const FileNode& parent, std::string_view name)
         if (child.name() == name)
             return &child;
     return nullptr;
+}
+
+// Makes each entry under `root` with its missing parents: a folder when its
+// size is below zero, else a file of that many bytes. Returns `root`.
+struct TreeEntry {
+    const char* path;
+    qint64 bytes = -1;
+};
+inline QByteArray makeTree(const QByteArray& root, std::initializer_list<TreeEntry> entries)
+{
+    QDir().mkpath(QFile::decodeName(root));
+    for (const auto& [path, bytes] : entries) {
+        const QByteArray at = root + '/' + path;
+        QDir().mkpath(QFile::decodeName(bytes < 0 ? at : at.left(at.lastIndexOf('/'))));
+        if (bytes >= 0)
+            writeFile(at, bytes);
+    }
+    return root;
+}
+
+// `depth` folders named `name`, each in the one before, under `root`; the deepest.
+inline QByteArray makeChain(QByteArray root, int depth, const QByteArray& name)
+{
+    for (int i = 0; i < depth; ++i)
+        root += '/' + name;
+    QDir().mkpath(QFile::decodeName(root));
+    return root;
+}
+
+// One walk on one worker, nothing reported on the way.
+inline std::shared_ptr<ScanTree> scanTree(const QByteArray& path)
+{
+    Scanner::Options options;
+    options.workers = 1;
+    return Scanner({}, options).scan(path);
 }
 
 } // namespace tw::test

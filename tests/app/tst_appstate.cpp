@@ -2,11 +2,9 @@
 // cancel and reset, the Full Disk Access notice, guarded focus changes.
 
 #include "TestMain.h"
+#include "FakePlatform.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
-#include "app/DiskAccess.h"
-#include "platform/FileReveal.h"
-#include "platform/VolumeFacts.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -18,47 +16,12 @@
 using namespace tw;
 using namespace tw::test;
 
-namespace {
-
-class FakeVolumes final : public VolumeFacts {
-public:
-    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
-    {
-        ++calls;
-        return VolumeInfo::Capacity{1000, 400 + calls, 300};
-    }
-    VolumeInfo::Medium medium(const QByteArray&) const override
-    {
-        return VolumeInfo::Medium::unknown;
-    }
-    mutable std::atomic<int> calls{0};
-};
-
-class FakeAccess final : public DiskAccess {
-public:
-    bool requiresFullDiskAccess(const QByteArray& path) const override
-    {
-        return path == "/" || path == protectedPath;
-    }
-    bool hasFullDiskAccess() const override { return granted; }
-    QByteArray protectedPath;
-    bool granted = false;
-};
-
-class FakeReveal final : public FileReveal {
-public:
-    void reveal(const QByteArray& path) override { revealed << path; }
-    QList<QByteArray> revealed;
-};
-
-} // namespace
-
 class AppStateTest : public QObject {
     Q_OBJECT
 
 private:
     QTemporaryDir m_dir;
-    FakeVolumes m_volumes;
+    FakeVolume m_volumes;
     FakeAccess m_access;
     FakeReveal m_reveal;
 
@@ -73,17 +36,12 @@ private:
     }
     QByteArray base() const { return QFile::encodeName(m_dir.path()); }
 
-    QByteArray makeTree(const QByteArray& name, int folders = 3)
+    // fN/sub/data of (N + 1) * 8 KiB and fN/x, for each of `folders`.
+    QByteArray sampleTree(const QByteArray& name, int folders = 3)
     {
-        const QByteArray root = base() + "/" + name;
-        makeDir(root);
-        for (int d = 0; d < folders; ++d) {
-            const QByteArray dir = root + "/f" + QByteArray::number(d);
-            makeDir(dir);
-            makeDir(dir + "/sub");
-            writeFile(dir + "/sub/data", (d + 1) * 8192);
-            writeFile(dir + "/x", 4096);
-        }
+        const QByteArray root = makeTree(base() + "/" + name, {});
+        for (int d = 0; d < folders; ++d)
+            makeTree(root + "/f" + QByteArray::number(d), {{"sub/data", (d + 1) * 8192}, {"x", 4096}});
         return root;
     }
 
@@ -91,18 +49,27 @@ private:
     {
         return QTest::qWaitFor([&] { return state.phase() == AppState::Phase::ready; }, 20000);
     }
+    static bool scanned(AppState& state, const QByteArray& path)
+    {
+        state.requestScan(path);
+        return waitReady(state);
+    }
+    static NodeRef node(AppState& state, const QByteArray& path)
+    {
+        return state.root().sibling(state.root().tree()->find(path));
+    }
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_dir.isValid()); }
-    void init()
+    void initTestCase()
     {
-        m_access.protectedPath.clear();
-        m_access.granted = false;
+        QVERIFY(m_dir.isValid());
+        m_volumes.freeStep = 1; // every read tells a new figure
     }
+    void init() { m_access.granted = false; }
 
     void scanEndsReadyWithTheTree()
     {
-        const QByteArray root = makeTree("plain");
+        const QByteArray root = sampleTree("plain");
         AppState state(services(2));
         QCOMPARE(state.phase(), AppState::Phase::welcome);
         QSignalSpy phases(&state, &AppState::phaseChanged);
@@ -118,15 +85,15 @@ private Q_SLOTS:
         QVERIFY(!state.hovered());
         QCOMPARE(state.root()->fileCount(), 6);
         // The capacity is read again at the end.
-        QCOMPARE(state.volumeCapacity()->free, 400 + m_volumes.calls);
+        QCOMPARE(state.volumeCapacity()->free, m_volumes.free.load());
         QVERIFY(!state.needsFullDiskAccess());
         QCOMPARE(phases.count(), 2);
     }
 
     void secondScanSupersedesTheFirst()
     {
-        const QByteArray first = makeTree("first", 40);
-        const QByteArray second = makeTree("second");
+        const QByteArray first = sampleTree("first", 40);
+        const QByteArray second = sampleTree("second");
         AppState state(services());
         QStringList pathsAfterSecond;
         bool secondStarted = false;
@@ -148,11 +115,10 @@ private Q_SLOTS:
 
     void refreshRestoresTheFocusedFolder()
     {
-        const QByteArray root = makeTree("refresh");
+        const QByteArray root = sampleTree("refresh");
         AppState state(services());
-        state.requestScan(root);
-        QVERIFY(waitReady(state));
-        const auto nodeAt = [&](const QByteArray& path) { return state.root().sibling(state.root().tree()->find(path)); };
+        QVERIFY(scanned(state, root));
+        const auto nodeAt = [&](const QByteArray& path) { return node(state, path); };
         const NodeRef sub = nodeAt(root + "/f1/sub");
         QVERIFY(state.focusOn(sub));
         const std::weak_ptr<ScanTree> oldTree = state.root().tree();
@@ -191,7 +157,7 @@ private Q_SLOTS:
 
     void cancelAndReset()
     {
-        const QByteArray root = makeTree("cancel");
+        const QByteArray root = sampleTree("cancel");
         AppState state(services());
         // Cancelling a first scan: no tree, the welcome screen.
         state.requestScan(root);
@@ -202,8 +168,7 @@ private Q_SLOTS:
         QVERIFY(!state.root());
 
         // Cancelling a refresh keeps the old tree, unshown.
-        state.requestScan(root);
-        QVERIFY(waitReady(state));
+        QVERIFY(scanned(state, root));
         NodeRef shown = state.root();
         state.refresh();
         state.cancelScan();
@@ -215,7 +180,7 @@ private Q_SLOTS:
 
         // Reset forgets the tree and frees it.
         std::weak_ptr<ScanTree> tree = shown.tree();
-        NodeRef held = state.root().sibling(state.root().tree()->find(root + "/f0"));
+        NodeRef held = node(state, root + "/f0");
         shown = NodeRef();
         state.resetToWelcome();
         QVERIFY(!state.root() && !state.focus() && !state.hovered());
@@ -233,8 +198,7 @@ private Q_SLOTS:
 
     void protectedLocationWaitsBehindThePrompt()
     {
-        const QByteArray root = makeTree("guarded");
-        m_access.protectedPath = root;
+        const QByteArray root = sampleTree("protected");
         AppState state(services());
         QSignalSpy prompt(&state, &AppState::fdaPromptForURLChanged);
         state.requestScan(root);
@@ -263,24 +227,17 @@ private Q_SLOTS:
     void noticeOnlyWhenSomethingWasMissed()
     {
         // A chain past the depth limit leaves one flagged folder, even as root.
-        QByteArray path = base() + "/flagged";
-        const QByteArray root = path;
-        makeDir(path);
-        for (int i = 0; i < 131; ++i) {
-            path += "/d";
-            makeDir(path);
-        }
+        const QByteArray root = base() + "/flagged";
+        makeChain(root, 131, "d");
         AppState state(services());
-        state.requestScan(root);
-        QVERIFY(waitReady(state));
+        QVERIFY(scanned(state, root));
         QCOMPARE(state.inaccessibleCount(), 1);
         QVERIFY(state.needsFullDiskAccess());
         QVERIFY(!state.showsUnreadableNotice());
 
         // With the grant (or where there is none to give): the plain notice.
         m_access.granted = true;
-        state.requestScan(root);
-        QVERIFY(waitReady(state));
+        QVERIFY(scanned(state, root));
         QVERIFY(!state.needsFullDiskAccess());
         QVERIFY(state.showsUnreadableNotice());
     }
@@ -288,40 +245,35 @@ private Q_SLOTS:
     void badRootsEndReadyWithAnEmptyRoot()
     {
         AppState state(services(2));
-        state.requestScan(base() + "/does/not/exist");
-        QVERIFY(waitReady(state));
+        QVERIFY(scanned(state, base() + "/does/not/exist"));
         QVERIFY(state.root());
         QVERIFY(!state.root()->hasChildren());
         QVERIFY(state.root()->isInaccessible());
 
         const QByteArray link = base() + "/rootlink";
         QCOMPARE(::symlink(m_dir.path().toUtf8().constData(), link.constData()), 0);
-        state.requestScan(link);
-        QVERIFY(waitReady(state));
+        QVERIFY(scanned(state, link));
         QVERIFY(!state.root()->hasChildren());
         QVERIFY(!state.root()->isInaccessible());
     }
 
     void guardedFocusChange()
     {
-        const QByteArray root = makeTree("focus");
-        writeFile(root + "/file", 100);
-        makeDir(root + "/empty");
+        const QByteArray root = sampleTree("focus");
+        makeTree(root, {{"file", 100}, {"empty"}});
         AppState state(services());
-        state.requestScan(root);
-        QVERIFY(waitReady(state));
-        ScanTree& tree = *state.root().tree();
+        QVERIFY(scanned(state, root));
         QSignalSpy focusMoves(&state, &AppState::focusChanged);
         // A file, or a folder without children, cannot be focused.
-        QVERIFY(!state.focusOn(state.root().sibling(tree.find(root + "/file"))));
-        QVERIFY(!state.focusOn(state.root().sibling(tree.find(root + "/empty"))));
+        QVERIFY(!state.focusOn(node(state, root + "/file")));
+        QVERIFY(!state.focusOn(node(state, root + "/empty")));
         QVERIFY(!state.focusOn({}));
         QCOMPARE(focusMoves.count(), 0);
         QVERIFY(!state.goUp());
 
-        const NodeRef sub = state.root().sibling(tree.find(root + "/f0/sub"));
+        const NodeRef sub = node(state, root + "/f0/sub");
         state.setHovered(sub);
-        QVERIFY(state.focusOn(state.root().sibling(tree.find(root + "/f0"))));
+        QVERIFY(state.focusOn(node(state, root + "/f0")));
         QVERIFY(state.focusOn(sub));
         QVERIFY(!state.hovered()); // the old view's hover goes with it
         QVERIFY(state.goUp());
@@ -333,9 +285,8 @@ private Q_SLOTS:
 
     void deletionTakesTheItemOutOfTheTree()
     {
-        const QByteArray root = makeTree("delete");
-        const QByteArray bin = base() + "/delete-bin";
-        makeDir(bin);
+        const QByteArray root = sampleTree("delete");
+        const QByteArray bin = makeTree(base() + "/delete-bin", {});
         std::atomic<bool> offGuiThread{true};
         QThread* gui = QThread::currentThread();
         // A stand-in Trash that really moves the item, and notes where it ran.
@@ -349,14 +300,12 @@ private Q_SLOTS:
             return std::nullopt;
         };
         AppState state(s);
-        state.requestScan(root);
-        QVERIFY(waitReady(state));
+        QVERIFY(scanned(state, root));
         QSignalSpy finished(&state, &AppState::deletionFinished);
         {
-            ScanTree& tree = *state.root().tree();
-            const NodeRef f0 = state.root().sibling(tree.find(root + "/f0"));
-            const NodeRef data = state.root().sibling(tree.find(root + "/f0/sub/data"));
-            const NodeRef sub = state.root().sibling(tree.find(root + "/f0/sub"));
+            const NodeRef f0 = node(state, root + "/f0");
+            const NodeRef data = node(state, root + "/f0/sub/data");
+            const NodeRef sub = node(state, root + "/f0/sub");
             const qint64 rootBefore = state.root()->size();
             const qint64 f0Before = f0->size();
             const qint64 dataSize = data->size();
@@ -387,7 +336,7 @@ private Q_SLOTS:
             QCOMPARE(state.phase(), AppState::Phase::ready);
 
             // A failure changes nothing and shows the error.
-            const NodeRef x = state.root().sibling(tree.find(root + "/f1/x"));
+            const NodeRef x = node(state, root + "/f1/x");
             const qint64 beforeFailure = state.root()->size();
             const QByteArray away = base() + "/delete-away";
             QCOMPARE(::rename(x->path().constData(), away.constData()), 0);
@@ -415,14 +364,13 @@ private Q_SLOTS:
 
     void revealGoesToTheFileManager()
     {
-        const QByteArray root = makeTree("reveal");
+        const QByteArray root = sampleTree("reveal");
         AppState state(services());
-        state.requestScan(root);
-        QVERIFY(waitReady(state));
+        QVERIFY(scanned(state, root));
         m_reveal.revealed.clear();
         state.reveal({});
         QVERIFY(m_reveal.revealed.isEmpty());
-        state.reveal(state.root().sibling(state.root().tree()->find(root + "/f1/x")));
+        state.reveal(node(state, root + "/f1/x"));
         QCOMPARE(m_reveal.revealed, QList<QByteArray>{root + "/f1/x"});
     }
 

@@ -2,9 +2,8 @@
 // the uninstall's refusals and what its outcome does to lists and dialogs.
 
 #include "TestMain.h"
+#include "FakePlatform.h"
 #include "app/AppState.h"
-#include "platform/FileReveal.h"
-#include "platform/RunningApplications.h"
 
 #include <QSignalSpy>
 #include <atomic>
@@ -13,50 +12,14 @@
 #include <thread>
 
 using namespace tw;
-
-namespace {
-
-class FakeRunning final : public RunningApplications {
-public:
-    bool isRunning(const QString& id, const QByteArray&) const override { return id == runningID; }
-    bool terminate(const QString&, const QByteArray&) override { return false; }
-    QString runningID;
-};
-
-class NoReveal final : public FileReveal {
-public:
-    void reveal(const QByteArray&) override {}
-};
-
-std::vector<std::unique_ptr<InstalledApp>> madeApps(const QByteArray& root, int count)
-{
-    std::vector<std::unique_ptr<InstalledApp>> apps;
-    for (int i = 0; i < count; ++i) {
-        const QString name = QStringLiteral("App%1").arg(i, 2, 10, QLatin1Char('0'));
-        apps.push_back(std::make_unique<InstalledApp>(root + '/' + name.toUtf8() + ".app", name,
-                                                      QStringLiteral("com.test.") + name, std::nullopt,
-                                                      std::nullopt, QByteArray()));
-    }
-    return apps;
-}
-
-RelatedFile leftover(const QByteArray& path, qint64 size, bool shared = false)
-{
-    RelatedFile file;
-    file.url = path;
-    file.size = size;
-    file.isShared = shared;
-    return file;
-}
-
-} // namespace
+using namespace tw::test;
 
 class AppStateAppsTest : public QObject {
     Q_OBJECT
 
 private:
     FakeRunning m_running;
-    NoReveal m_reveal;
+    FakeReveal m_reveal;
     std::atomic<int> m_discoveries{0};
     std::atomic<int> m_searches{0};
     std::atomic<int> m_sizingNow{0};
@@ -73,8 +36,11 @@ private:
         s.running = &m_running;
         s.discoverApps = [this, count] {
             // Each load names its bundles after its own number.
-            const int load = ++m_discoveries;
-            return madeApps("/Applications/load" + QByteArray::number(load), count);
+            const QByteArray folder = "/Applications/load" + QByteArray::number(++m_discoveries);
+            std::vector<std::unique_ptr<InstalledApp>> apps;
+            for (int i = 0; i < count; ++i)
+                apps.push_back(madeApp(folder, QStringLiteral("App%1").arg(i, 2, 10, QLatin1Char('0'))));
+            return apps;
         };
         s.bundleSize = [this](const QByteArray& url) {
             const int now = ++m_sizingNow;
@@ -114,6 +80,12 @@ private:
             },
             10000);
     }
+    // The first application of a finished load, or null.
+    static InstalledApp* firstLoaded(AppState& state)
+    {
+        state.loadApps();
+        return loaded(state) ? state.apps().first() : nullptr;
+    }
     static bool related(AppState& state, InstalledApp* app)
     {
         state.loadRelatedIfNeeded(app);
@@ -137,7 +109,7 @@ private Q_SLOTS:
         m_sizingOrder.clear();
         m_batches.clear();
         m_nextOutcome = {};
-        m_running.runningID.clear();
+        m_running.running = false;
     }
 
     void listShowsAtOnceThenSizesFourAtATimeTopFirst()
@@ -182,9 +154,8 @@ private Q_SLOTS:
     void relatedSearchRunsOncePerApplication()
     {
         AppState state(services(2));
-        state.loadApps();
-        QVERIFY(loaded(state));
-        InstalledApp* app = state.apps().first();
+        InstalledApp* app = firstLoaded(state);
+        QVERIFY(app);
         QVERIFY(related(state, app));
         state.loadRelatedIfNeeded(app);
         QTest::qWait(30);
@@ -195,19 +166,18 @@ private Q_SLOTS:
     void confirmIsRefusedWhileSearchingOrRunning()
     {
         AppState state(services(2));
-        state.loadApps();
-        QVERIFY(loaded(state));
-        InstalledApp* app = state.apps().first();
+        InstalledApp* app = firstLoaded(state);
+        QVERIFY(app);
         state.setUninstallCandidate(app);
         state.confirmUninstall({app->url()}); // leftovers not known yet
         QCOMPARE(state.uninstallCandidate(), app);
         QVERIFY(related(state, app));
-        m_running.runningID = app->bundleID();
+        m_running.running = true;
         state.confirmUninstall({app->url()});
         QCOMPARE(state.uninstallCandidate(), app);
         QVERIFY(m_batches.isEmpty());
 
-        m_running.runningID.clear();
+        m_running.running = false;
         m_nextOutcome.succeeded = {app->url()};
         QSignalSpy uninstalled(&state, &AppState::appUninstalled);
         QSignalSpy finished(&state, &AppState::uninstallFinished);
@@ -225,9 +195,8 @@ private Q_SLOTS:
     void refusedBundleWithLeftoversGoneAsksForAppManagement()
     {
         AppState state(services(2));
-        state.loadApps();
-        QVERIFY(loaded(state));
-        InstalledApp* app = state.apps().first();
+        InstalledApp* app = firstLoaded(state);
+        QVERIFY(app);
         QVERIFY(related(state, app));
         const QByteArray cache = app->related().first().url;
         QSignalSpy uninstalled(&state, &AppState::appUninstalled);
@@ -258,9 +227,8 @@ private Q_SLOTS:
     void otherFailuresGiveTheSummaryUnlessPermissionFailed()
     {
         AppState state(services(2));
-        state.loadApps();
-        QVERIFY(loaded(state));
-        InstalledApp* app = state.apps().first();
+        InstalledApp* app = firstLoaded(state);
+        QVERIFY(app);
         state.applyUninstallResult(app, app->url(),
                                    {{"/x/a"}, {{"/Users/u/Desktop/Thing.app", QStringLiteral("Disk full")}}});
         QVERIFY(!state.permissionPrompt());

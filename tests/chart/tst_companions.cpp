@@ -39,13 +39,8 @@ private Q_SLOTS:
     {
         QStandardPaths::setTestModeEnabled(true);
         LocalizationManager::shared().setCurrent(Language::english);
-        const QByteArray root = base() + "/tree";
-        makeDir(root);
-        makeDir(root + "/docs");
-        writeFile(root + "/docs/report", 300 * 1024);
-        makeDir(root + "/empty");
-        writeFile(root + "/movie", 600 * 1024);
-        makeDir(root + "/many");
+        const QByteArray root =
+            makeTree(base() + "/tree", {{"docs/report", 300 * 1024}, {"empty"}, {"movie", 600 * 1024}, {"many"}});
         for (int i = 0; i < 40; ++i)
             writeFile(root + "/many/f" + QByteArray::number(i), (i + 1) * 4096);
     }
@@ -60,24 +55,20 @@ private Q_SLOTS:
         QCOMPARE(model.rowCount(), 4);
         QCOMPARE(model.data(model.index(0), LargestChildrenModel::NameRole).toString(), QStringLiteral("many"));
         const FileNode* movie = state.root().tree()->find(base() + "/tree/movie");
-        const int movieRow = [&] {
-            for (int r = 0; r < model.rowCount(); ++r)
-                if (model.nodeAt(r).get() == movie)
-                    return r;
-            return -1;
-        }();
-        QVERIFY(movieRow >= 0);
-        QCOMPARE(model.data(model.index(movieRow), LargestChildrenModel::IsDirectoryRole).toBool(), false);
-        QCOMPARE(model.data(model.index(movieRow), LargestChildrenModel::ShareTextRole).toString(),
+        int movieRow = 0;
+        while (movieRow < model.rowCount() && model.nodeAt(movieRow).get() != movie)
+            ++movieRow;
+        const auto role = [&](int row, int role) { return model.data(model.index(row), role); };
+        QCOMPARE(role(movieRow, LargestChildrenModel::IsDirectoryRole).toBool(), false);
+        QCOMPARE(role(movieRow, LargestChildrenModel::ShareTextRole).toString(),
                  percentText(double(movie->size()), double(state.root()->size())));
-        QCOMPARE(model.data(model.index(movieRow), LargestChildrenModel::SizeTextRole).toString(),
-                 formatBytes(movie->size()));
+        QCOMPARE(role(movieRow, LargestChildrenModel::SizeTextRole).toString(), formatBytes(movie->size()));
 
         // Forty children: twelve rows, and they follow the focus.
         QVERIFY(state.focusOn(state.root().sibling(state.root().tree()->find(base() + "/tree/many"))));
         QCOMPARE(model.rowCount(), LargestChildrenModel::kMaximumRows);
-        QCOMPARE(model.data(model.index(0), LargestChildrenModel::NameRole).toString(), QStringLiteral("f39"));
-        QCOMPARE(model.data(model.index(11), LargestChildrenModel::NameRole).toString(), QStringLiteral("f28"));
+        QCOMPARE(role(0, LargestChildrenModel::NameRole).toString(), QStringLiteral("f39"));
+        QCOMPARE(role(11, LargestChildrenModel::NameRole).toString(), QStringLiteral("f28"));
         QVERIFY(model.roleNames().values().contains("shareText"));
     }
 

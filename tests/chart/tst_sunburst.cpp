@@ -4,7 +4,6 @@
 #include "TestMain.h"
 #include "TestFiles.h"
 #include "chart/SunburstLayout.h"
-#include "scan/Scanner.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -16,14 +15,6 @@ using namespace tw;
 using namespace tw::test;
 
 namespace {
-std::shared_ptr<ScanTree> scan(const QByteArray& path)
-{
-    Scanner::Options options;
-    options.workers = 1;
-    Scanner scanner({}, options);
-    return scanner.scan(path);
-}
-
 const Segment* segmentOf(const std::vector<Segment>& segments, const FileNode* node)
 {
     for (const Segment& s : segments)
@@ -62,14 +53,8 @@ private Q_SLOTS:
 
     void sectorsShareOutTheirParentsSpan()
     {
-        const QByteArray root = base() + "/share";
-        makeDir(root);
-        makeDir(root + "/docs");
-        writeFile(root + "/docs/a", 300 * 1024);
-        writeFile(root + "/docs/b", 100 * 1024);
-        writeFile(root + "/video", 600 * 1024);
-        writeFile(root + "/empty", 0);
-        const auto tree = scan(root);
+        const auto tree = scanTree(makeTree(
+            base() + "/share", {{"docs/a", 300 * 1024}, {"docs/b", 100 * 1024}, {"video", 600 * 1024}, {"empty", 0}}));
         const FileNode* focus = tree->root();
         const auto segments = buildSegments(focus, 800, 600);
         const ChartGeometry g = chartGeometry(800, 600);
@@ -109,13 +94,9 @@ private Q_SLOTS:
     void huesByPositionInheritedOutward()
     {
         const QByteArray root = base() + "/hues";
-        makeDir(root);
-        for (int i = 0; i < 5; ++i) {
-            const QByteArray dir = root + "/d" + QByteArray::number(i);
-            makeDir(dir);
-            writeFile(dir + "/inner", (10 - i) * 8192);
-        }
-        const auto tree = scan(root);
+        for (int i = 0; i < 5; ++i)
+            makeTree(root + "/d" + QByteArray::number(i), {{"inner", (10 - i) * 8192}});
+        const auto tree = scanTree(root);
         const auto segments = buildSegments(tree->root(), 1000, 1000);
         std::vector<double> ringZero;
         double parentHue = -1;
@@ -135,14 +116,9 @@ private Q_SLOTS:
 
     void thinSectorsLeaveAGapBeyondRingZero()
     {
-        const QByteArray root = base() + "/thin";
-        makeDir(root);
-        makeDir(root + "/big");
-        writeFile(root + "/big/huge", 8 * 1024 * 1024);
-        writeFile(root + "/big/speck", 4096);
-        writeFile(root + "/big/speck2", 4096);
-        writeFile(root + "/tiny", 4096); // thin, but ring 0 keeps every child
-        const auto tree = scan(root);
+        // "tiny" is thin, but ring 0 keeps every child.
+        const auto tree = scanTree(makeTree(
+            base() + "/thin", {{"big/huge", 8 * 1024 * 1024}, {"big/speck", 4096}, {"big/speck2", 4096}, {"tiny", 4096}}));
         const auto segments = buildSegments(tree->root(), 800, 600);
         const FileNode* big = childNamed(*tree->root(), "big");
         const Segment* bigSegment = segmentOf(segments, big);
@@ -164,32 +140,19 @@ private Q_SLOTS:
     void thinRuleIsStrictAtTheLimit()
     {
         // 300 equal children one ring out: each exactly 1.2 degrees of the full circle.
-        const QByteArray root = base() + "/limit";
-        makeDir(root);
-        makeDir(root + "/only");
-        for (int i = 0; i < 300; ++i)
-            writeFile(root + "/only/f" + QByteArray::number(i), 4096);
-        auto tree = scan(root);
-        auto segments = buildSegments(tree->root(), 800, 600);
-        QCOMPARE(segments.size(), size_t(301));
         // One more equal child and each falls below the limit: ring 1 is empty.
-        writeFile(root + "/only/f300", 4096);
-        tree = scan(root);
-        segments = buildSegments(tree->root(), 800, 600);
-        QCOMPARE(segments.size(), size_t(1));
+        const QByteArray root = makeTree(base() + "/limit", {{"only"}});
+        for (const auto& [children, segments] : {std::pair{300, 301}, {301, 1}}) {
+            for (int i = 0; i < children; ++i)
+                writeFile(root + "/only/f" + QByteArray::number(i), 4096);
+            QCOMPARE(buildSegments(scanTree(root)->root(), 800, 600).size(), size_t(segments));
+        }
     }
 
     void chainsStopAtTheSixthRing()
     {
-        QByteArray path = base() + "/chain";
-        const QByteArray root = path;
-        makeDir(path);
-        for (int i = 0; i < 9; ++i) {
-            path += "/c";
-            makeDir(path);
-        }
-        writeFile(path + "/leaf", 4096);
-        const auto tree = scan(root);
+        writeFile(makeChain(base() + "/chain", 9, "c") + "/leaf", 4096);
+        const auto tree = scanTree(base() + "/chain");
         const auto segments = buildSegments(tree->root(), 800, 600);
         QCOMPARE(segments.size(), size_t(kRingCount));
         for (size_t i = 0; i < segments.size(); ++i) {
@@ -210,11 +173,7 @@ private Q_SLOTS:
 
     void nothingToDraw()
     {
-        const QByteArray root = base() + "/nothing";
-        makeDir(root);
-        makeDir(root + "/hollow");
-        writeFile(root + "/zero", 0);
-        const auto tree = scan(root);
+        const auto tree = scanTree(makeTree(base() + "/nothing", {{"hollow"}, {"zero", 0}}));
         QCOMPARE(tree->root()->size(), 0);
         QVERIFY(buildSegments(tree->root(), 800, 600).empty());
         QVERIFY(buildSegments(nullptr, 800, 600).empty());
@@ -223,12 +182,7 @@ private Q_SLOTS:
 
     void hitTestBoundsAndTies()
     {
-        const QByteArray root = base() + "/hits";
-        makeDir(root);
-        makeDir(root + "/left");
-        writeFile(root + "/left/x", 64 * 1024);
-        writeFile(root + "/right", 64 * 1024);
-        const auto tree = scan(root);
+        const auto tree = scanTree(makeTree(base() + "/hits", {{"left/x", 64 * 1024}, {"right", 64 * 1024}}));
         const auto segments = buildSegments(tree->root(), 800, 600);
         const Segment* left = segmentOf(segments, childNamed(*tree->root(), "left"));
         const Segment* right = segmentOf(segments, childNamed(*tree->root(), "right"));
@@ -267,10 +221,9 @@ private Q_SLOTS:
     {
         const double saturation[] = {0.55, 0.50, 0.45, 0.40, 0.35, 0.30, 0.30};
         const double brightness[] = {0.95, 0.91, 0.87, 0.83, 0.79, 0.75, 0.75};
-        for (int ring = 0; ring < 7; ++ring) {
-            QVERIFY(std::abs(shadeForRing(ring).saturation - saturation[ring]) < 1e-12);
-            QVERIFY(std::abs(shadeForRing(ring).brightness - brightness[ring]) < 1e-12);
-        }
+        for (int ring = 0; ring < 7; ++ring)
+            QVERIFY(std::abs(shadeForRing(ring).saturation - saturation[ring]) < 1e-12
+                    && std::abs(shadeForRing(ring).brightness - brightness[ring]) < 1e-12);
     }
 };
 

@@ -2,9 +2,9 @@
 // persistence, and the byte and percent formatters.
 
 #include "TestMain.h"
+#include "MemoryStore.h"
 #include "localization/Catalogue.h"
 #include "localization/LocalizationManager.h"
-#include "localization/SettingsStore.h"
 #include "localization/TextFormat.h"
 
 #include <QRegularExpression>
@@ -17,28 +17,11 @@
 
 #include <atomic>
 #include <limits>
-#include <map>
 #include <thread>
 
 using namespace tw;
 
 namespace {
-class FakeStore final : public SettingsStore {
-public:
-    std::optional<QString> string(const QString& key) const override
-    {
-        const auto found = values.find(key);
-        return found == values.end() ? std::nullopt : std::optional<QString>(found->second);
-    }
-    void setString(const QString& key, const QString& value) override
-    {
-        values[key] = value;
-        ++writes;
-    }
-    std::map<QString, QString> values;
-    int writes = 0;
-};
-
 QStringList placeholders(const QString& text)
 {
     QStringList found;
@@ -194,14 +177,12 @@ private Q_SLOTS:
                 }
             }
         }
-        QCOMPARE(LocalizationManager::lookup(Language::chinese, QStringLiteral("fda.step.open")),
-                 QStringLiteral("点击「打开设置」"));
-        QCOMPARE(LocalizationManager::lookup(Language::german, QStringLiteral("fda.step.open")),
-                 QStringLiteral("Auf „Einstellungen öffnen“ klicken"));
-        QCOMPARE(LocalizationManager::lookup(Language::russian, QStringLiteral("welcome.scanHome")),
-                 QStringLiteral("Сканировать дом. папку"));
-        QCOMPARE(LocalizationManager::lookup(Language::german, QStringLiteral("snapshots.result.freed")),
-                 QStringLiteral("%@ freigegeben."));
+        for (const auto& [language, key, text] :
+             {std::tuple{Language::chinese, "fda.step.open", "点击「打开设置」"},
+              {Language::german, "fda.step.open", "Auf „Einstellungen öffnen“ klicken"},
+              {Language::russian, "welcome.scanHome", "Сканировать дом. папку"},
+              {Language::german, "snapshots.result.freed", "%@ freigegeben."}})
+            QCOMPARE(LocalizationManager::lookup(language, QString::fromUtf8(key)), QString::fromUtf8(text));
         // The fixed web address of the product.
         QVERIFY(LocalizationManager::lookup(Language::english, QStringLiteral("appstore.limited.body"))
                     .contains(QStringLiteral("https://tidewick.app for a complete picture.")));
@@ -229,7 +210,7 @@ private Q_SLOTS:
 
     void lookupFallsBackToTheBareKey()
     {
-        FakeStore store;
+        test::MemoryStore store;
         store.values[kKey] = QStringLiteral("ru");
         LocalizationManager manager(store, {});
         QCOMPARE(manager.string(QStringLiteral("no.such.key")), QStringLiteral("no.such.key"));
@@ -245,7 +226,7 @@ private Q_SLOTS:
 
     void currentIsReadableWhileTheLanguageChanges()
     {
-        FakeStore store;
+        test::MemoryStore store;
         LocalizationManager manager(store, {});
         QStringList folderTexts;
         for (Language language : allLanguages)
@@ -300,7 +281,7 @@ private Q_SLOTS:
         QFETCH(QStringList, preferred);
         QFETCH(Language, expected);
         QCOMPARE(detectLanguage(preferred), expected);
-        FakeStore store;
+        test::MemoryStore store;
         LocalizationManager manager(store, preferred);
         QCOMPARE(manager.current(), expected);
         QCOMPARE(store.writes, 0); // the detected language is not written back
@@ -308,7 +289,7 @@ private Q_SLOTS:
 
     void persistence()
     {
-        FakeStore store;
+        test::MemoryStore store;
         store.values[kKey] = QStringLiteral("ru");
         LocalizationManager stored(store, {QStringLiteral("de-DE")});
         QCOMPARE(stored.current(), Language::russian);
@@ -380,13 +361,9 @@ private Q_SLOTS:
 
     void percentText()
     {
-        QCOMPARE(tw::percentText(37, 100), QStringLiteral("37%"));
-        QCOMPARE(tw::percentText(4.26, 100), QStringLiteral("4.3%"));
-        QCOMPARE(tw::percentText(0.123, 100), QStringLiteral("0.12%"));
-        QCOMPARE(tw::percentText(10, 100), QStringLiteral("10%"));
-        QCOMPARE(tw::percentText(1, 100), QStringLiteral("1.0%"));
-        QCOMPARE(tw::percentText(5, 0), QStringLiteral("0%"));
-        QCOMPARE(tw::percentText(5, 0.5), QStringLiteral("0%"));
+        for (const auto& [part, whole, text] : {std::tuple{37.0, 100.0, "37%"}, {4.26, 100.0, "4.3%"}, {0.123, 100.0, "0.12%"},
+                                                {10.0, 100.0, "10%"}, {1.0, 100.0, "1.0%"}, {5.0, 0.0, "0%"}, {5.0, 0.5, "0%"}})
+            QCOMPARE(tw::percentText(part, whole), QString::fromLatin1(text));
     }
 };
 

@@ -2,6 +2,7 @@
 // /sys tree and mount table, plus the real system for the current folder.
 
 #include "TestMain.h"
+#include "TestFiles.h"
 #include "platform/VolumeBoundary.h"
 #include "platform/VolumeFacts.h"
 #include "platform/linux/LinuxVolume.h"
@@ -17,6 +18,7 @@
 #include <unistd.h>
 
 using namespace tw;
+using namespace tw::test;
 using Medium = VolumeInfo::Medium;
 
 class VolumeTest : public QObject {
@@ -29,25 +31,15 @@ private:
     QByteArray makeDisk(const QByteArray& disk, const QByteArray& rotational, bool withPartition)
     {
         const QByteArray sys = QFile::encodeName(m_dir.path()) + "/" + disk + "-sys";
-        const QByteArray deviceDir = sys + "/devices/pci0000:00/virtio1/block/" + disk;
-        QDir().mkpath(QFile::decodeName(deviceDir + "/queue"));
-        QDir().mkpath(QFile::decodeName(sys + "/dev/block"));
-        if (!rotational.isEmpty()) {
-            QFile f(QFile::decodeName(deviceDir + "/queue/rotational"));
-            if (!f.open(QIODevice::WriteOnly))
-                return {};
-            f.write(rotational + "\n");
-        }
-        ::symlink(QByteArray("../../devices/pci0000:00/virtio1/block/" + disk).constData(),
-                  QByteArray(sys + "/dev/block/8:0").constData());
+        const QByteArray device = "devices/pci0000:00/virtio1/block/" + disk;
+        makeTree(sys, {{"dev/block"}});
+        makeTree(sys + '/' + device, {{"queue"}});
+        if (!rotational.isEmpty())
+            writeBytes(sys + '/' + device + "/queue/rotational", rotational + "\n");
+        ::symlink(QByteArray("../../" + device).constData(), QByteArray(sys + "/dev/block/8:0").constData());
         if (withPartition) {
-            QDir().mkpath(QFile::decodeName(deviceDir + "/" + disk + "1"));
-            QFile p(QFile::decodeName(deviceDir + "/" + disk + "1/partition"));
-            if (!p.open(QIODevice::WriteOnly))
-                return {};
-            p.write("1\n");
-            ::symlink(QByteArray("../../devices/pci0000:00/virtio1/block/" + disk + "/" + disk + "1").constData(),
-                      QByteArray(sys + "/dev/block/8:1").constData());
+            writeBytes(sys + '/' + device + '/' + disk + "1/partition", "1\n");
+            ::symlink(QByteArray("../../" + device + '/' + disk + "1").constData(), QByteArray(sys + "/dev/block/8:1").constData());
         }
         return sys;
     }

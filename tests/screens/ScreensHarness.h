@@ -5,6 +5,7 @@
 // and ways to find items and move the pointer. Any QML warning is recorded
 // so the test that produced it can fail.
 
+#include "FakePlatform.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
@@ -43,13 +44,8 @@ inline void prepareScreens()
 // A small home folder under `base`: docs (deep/a, report) to fill in further.
 inline QByteArray makeHomeTree(const QString& base)
 {
-    const QByteArray home = QFile::encodeName(base) + "/home";
-    makeDir(home);
-    makeDir(home + "/docs");
-    makeDir(home + "/docs/deep");
-    writeFile(home + "/docs/deep/a", 400 * 1024);
-    writeFile(home + "/docs/report", 300 * 1024);
-    return home;
+    return makeTree(QFile::encodeName(base) + "/home",
+                    {{"docs/deep/a", 400 * 1024}, {"docs/report", 300 * 1024}});
 }
 
 // A test's init and cleanup: from here on every warning is recorded, and
@@ -66,41 +62,21 @@ inline void failOnRecordedWarnings()
         QFAIL(qPrintable(QStringLiteral("QML warnings:\n") + g_warnings.join(u'\n')));
 }
 
-inline constexpr qint64 kGB = 1000LL * 1000 * 1000;
-
-class FixedVolume : public VolumeFacts {
-public:
-    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
-    {
-        return m_capacity;
-    }
-    VolumeInfo::Medium medium(const QByteArray&) const override
-    {
-        return VolumeInfo::Medium::solidState;
-    }
-    std::optional<VolumeInfo::Capacity> m_capacity =
-        VolumeInfo::Capacity{500 * kGB, 400 * kGB, 400 * kGB};
-};
-
-class Access : public DiskAccess {
-public:
-    bool requiresFullDiskAccess(const QByteArray& path) const override
-    {
-        return path.endsWith("/protected");
-    }
-    bool hasFullDiskAccess() const override { return m_granted; }
-    bool m_granted = true;
-};
-
 // One window with its own AppState.
 struct Window {
     explicit Window(const VolumeFacts& volumes, const DiskAccess& access,
                     std::function<std::optional<QString>(const QByteArray&)> recycle = {})
+        : Window([&] {
+              AppState::Services services;
+              services.recycle = std::move(recycle);
+              services.volumes = &volumes;
+              services.diskAccess = &access;
+              return services;
+          }())
     {
-        AppState::Services services;
-        services.recycle = std::move(recycle);
-        services.volumes = &volumes;
-        services.diskAccess = &access;
+    }
+    explicit Window(AppState::Services services)
+    {
         services.scannerOptions.workers = 1;
         state = std::make_unique<AppState>(services);
         loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(state.get())}});
@@ -159,10 +135,28 @@ struct Window {
         QQuickItem* chart = item("sunburst");
         return chart->mapToScene(QPointF(chart->width() / 2, chart->height() / 2)).toPoint();
     }
-    QPoint centreOf(const char* name) const
+    QString text(const char* name) const { return item(name)->property("text").toString(); }
+    // The node at `path` below the root ("docs/deep"), as a handle that keeps the tree.
+    NodeRef node(const QByteArray& path) const
     {
-        QQuickItem* found = item(name);
+        const FileNode* at = state->root().get();
+        for (const QByteArray& name : path.split('/'))
+            at = at ? childNamed(*at, name.toStdString()) : nullptr;
+        return state->root().sibling(const_cast<FileNode*>(at));
+    }
+    static QPoint centreOf(const QQuickItem* found)
+    {
         return found->mapToScene(QPointF(found->width() / 2, found->height() / 2)).toPoint();
+    }
+    QPoint centreOf(const char* name) const { return centreOf(item(name)); }
+    void click(QPoint at, Qt::MouseButton button = Qt::LeftButton)
+    {
+        QTest::mouseClick(&view, button, {}, at);
+    }
+    void click(const char* name) { click(centreOf(name)); }
+    void key(int key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(&view, Qt::Key(key), modifiers);
     }
     // A pointer arrives: two moves, as the first into a window may not hover.
     void moveTo(QPoint at)

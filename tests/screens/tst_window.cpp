@@ -6,22 +6,14 @@
 
 #include "TestMain.h"
 #include "ScreensHarness.h"
-#include "localization/LocalizationManager.h"
 
 #include <QAccessible>
-#include <QQuickStyle>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 using namespace tw;
 using namespace tw::test;
 
 namespace {
-
-QQuickItem* focused(const Window& w)
-{
-    return w.view.activeFocusItem();
-}
 
 QString accessibleName(QQuickItem* item)
 {
@@ -40,6 +32,17 @@ void visibleButtons(QQuickItem* at, QList<QQuickItem*>& found)
         visibleButtons(child, found);
 }
 
+// The names Tab gives focus to, `presses` times over.
+QStringList tabThrough(Window& w, int presses)
+{
+    QStringList reached;
+    for (int i = 0; i < presses; ++i) {
+        w.key(Qt::Key_Tab);
+        reached.append(w.view.activeFocusItem() ? w.view.activeFocusItem()->objectName() : QString());
+    }
+    return reached;
+}
+
 } // namespace
 
 class WindowTest : public QObject {
@@ -47,8 +50,8 @@ class WindowTest : public QObject {
 
 private:
     QTemporaryDir m_dir;
-    FixedVolume m_volume;
-    Access m_access;
+    FakeVolume m_volume;
+    FakeAccess m_access;
     QByteArray m_tree;
     QByteArray m_many;
 
@@ -65,15 +68,8 @@ private Q_SLOTS:
         qInfo("device pixel ratio %.1f", qGuiApp->devicePixelRatio());
         m_tree = makeHomeTree(m_dir.path());
         writeFile(m_tree + "/movie", 900 * 1024);
-        // Deeper than a walk goes: the last folder cannot be read, whoever runs this.
-        QByteArray chain = m_tree + "/chain";
-        makeDir(chain);
-        for (int i = 0; i < 130; ++i) {
-            chain += "/c";
-            makeDir(chain);
-        }
-        m_many = QFile::encodeName(m_dir.path()) + "/many";
-        makeDir(m_many);
+        makeChain(m_tree + "/chain", 130, "c"); // deeper than a walk goes: the last folder cannot be read
+        m_many = makeTree(QFile::encodeName(m_dir.path()) + "/many", {});
         for (int i = 0; i < 40; ++i)
             writeFile(m_many + "/f" + QByteArray::number(i), 4096 * (1 + i));
     }
@@ -99,9 +95,8 @@ private Q_SLOTS:
         QCOMPARE(rows, 12);
         // The delete dialog's symbol is 30 points at any scale.
         w.state->setDeleteCandidate(w.state->root().sibling(&*w.state->root()->children().begin()));
-        QVERIFY(QTest::qWaitFor([&] { return w.shows("deleteSymbol"); }, 2000));
-        QCOMPARE(w.item("deleteSymbol")->width(), 30.0);
-        QCOMPARE(w.item("deleteSymbol")->height(), 30.0);
+        QTRY_VERIFY(w.shows("deleteSymbol"));
+        QCOMPARE(w.item("deleteSymbol")->size(), QSizeF(30, 30));
     }
 
     void keysActOnlyWhereTheirControlStands()
@@ -113,12 +108,7 @@ private Q_SLOTS:
         const auto pickerOpen = [&] { return picker->property("visible").toBool(); };
 
         // Tab reaches the welcome screen's buttons.
-        QStringList reached;
-        for (int i = 0; i < 8; ++i) {
-            QTest::keyClick(&w.view, Qt::Key_Tab);
-            if (focused(w))
-                reached.append(focused(w)->objectName());
-        }
+        QStringList reached = tabThrough(w, 8);
         for (const char* name : {"scanMacButton", "scanHomeButton", "pickFolderButton"})
             QVERIFY2(reached.contains(QLatin1String(name)), qPrintable(reached.join(u' ')));
 
@@ -126,65 +116,59 @@ private Q_SLOTS:
         // large system folder, so the walk is still running when the keys come.
         w.state->requestScan(QByteArrayLiteral("/usr"));
         QCOMPARE(w.state->phase(), AppState::Phase::scanning);
-        QTest::keyClick(&w.view, Qt::Key_O, Qt::ControlModifier);
+        w.key(Qt::Key_O, Qt::ControlModifier);
         QVERIFY(!pickerOpen());
-        QTest::keyClick(&w.view, Qt::Key_Escape);
+        w.key(Qt::Key_Escape);
         QCOMPARE(w.state->phase(), AppState::Phase::welcome);
 
         // Welcome: Ctrl+O opens the picker.
-        QTest::keyClick(&w.view, Qt::Key_O, Qt::ControlModifier);
-        QVERIFY(QTest::qWaitFor(pickerOpen, 2000));
+        w.key(Qt::Key_O, Qt::ControlModifier);
+        QTRY_VERIFY(pickerOpen());
         QMetaObject::invokeMethod(picker, "reject");
-        QVERIFY(QTest::qWaitFor([&] { return !pickerOpen(); }, 2000));
+        QTRY_VERIFY(!pickerOpen());
 
         // The chart: Backspace and Ctrl+Up go up, Ctrl+O does nothing.
         QVERIFY(w.scan(m_tree));
-        FileNode* docs = child(w.state->root(), "docs");
-        QVERIFY(w.state->focusOn(w.state->root().sibling(child(*docs, "deep"))));
-        QTest::keyClick(&w.view, Qt::Key_Backspace);
-        QCOMPARE(w.state->focus().get(), docs);
-        QTest::keyClick(&w.view, Qt::Key_Up, Qt::ControlModifier);
-        QCOMPARE(w.state->focus().get(), w.state->root().get());
-        QTest::keyClick(&w.view, Qt::Key_O, Qt::ControlModifier);
+        QVERIFY(w.state->focusOn(w.node("docs/deep")));
+        w.key(Qt::Key_Backspace);
+        QCOMPARE(w.state->focus(), w.node("docs"));
+        w.key(Qt::Key_Up, Qt::ControlModifier);
+        QCOMPARE(w.state->focus(), w.state->root());
+        w.key(Qt::Key_O, Qt::ControlModifier);
         QVERIFY(!pickerOpen());
 
         // Behind the delete dialog no key of the screen acts, and Tab stays
         // with the dialog's buttons.
-        QVERIFY(w.state->focusOn(w.state->root().sibling(docs)));
-        w.state->setDeleteCandidate(w.state->root().sibling(child(*docs, "report")));
-        QVERIFY(QTest::qWaitFor([&] { return w.item("deleteCard")->opacity() == 1; }, 2000));
-        for (const auto& [key, modifiers] : {std::pair{Qt::Key_Backspace, Qt::NoModifier},
-                                             {Qt::Key_O, Qt::ControlModifier},
-                                             {Qt::Key_R, Qt::ControlModifier}})
-            QTest::keyClick(&w.view, key, modifiers);
+        QVERIFY(w.state->focusOn(w.node("docs")));
+        w.state->setDeleteCandidate(w.node("docs/report"));
+        QTRY_COMPARE(w.item("deleteCard")->opacity(), 1.0);
+        w.key(Qt::Key_Backspace);
+        w.key(Qt::Key_O, Qt::ControlModifier);
+        w.key(Qt::Key_R, Qt::ControlModifier);
         QVERIFY(!pickerOpen());
         QVERIFY(!w.state->isRefreshing());
-        QCOMPARE(w.state->focus().get(), docs);
-        QCOMPARE(w.state->deleteCandidate().get(), child(*docs, "report"));
-        reached.clear();
-        for (int i = 0; i < 4; ++i) {
-            QTest::keyClick(&w.view, Qt::Key_Tab);
-            reached.append(focused(w) ? focused(w)->objectName() : QString());
-        }
+        QCOMPARE(w.state->focus(), w.node("docs"));
+        QCOMPARE(w.state->deleteCandidate(), w.node("docs/report"));
+        reached = tabThrough(w, 4);
         QVERIFY2(reached.contains(QStringLiteral("deleteCancel")) && reached.contains(QStringLiteral("deleteConfirm")),
                  qPrintable(reached.join(u' ')));
-        for (const QString& name : reached)
-            QVERIFY2(name == QLatin1String("deleteCancel") || name == QLatin1String("deleteConfirm"),
-                     qPrintable(name));
-        QTest::keyClick(&w.view, Qt::Key_Escape);
+        reached.removeAll(QStringLiteral("deleteCancel"));
+        reached.removeAll(QStringLiteral("deleteConfirm"));
+        QVERIFY2(reached.isEmpty(), qPrintable(reached.join(u' ')));
+        w.key(Qt::Key_Escape);
         QVERIFY(!w.state->hasDeleteCandidate());
 
         // Every alert answers Return and Escape.
         for (const int key : {Qt::Key_Return, Qt::Key_Escape}) {
             w.state->setErrorMessage(QStringLiteral("Operation not permitted"));
-            QVERIFY(QTest::qWaitFor([&] { return w.shows("alertMessage"); }, 2000));
-            QTest::keyClick(&w.view, Qt::Key(key));
+            QTRY_VERIFY(w.shows("alertMessage"));
+            w.key(key);
             QVERIFY(!w.state->hasErrorMessage());
-            QVERIFY(QTest::qWaitFor([&] { return !w.shows("alertMessage"); }, 2000));
+            QTRY_VERIFY(!w.shows("alertMessage"));
         }
         w.state->setConfirmThinSnapshots(true);
-        QVERIFY(QTest::qWaitFor([&] { return w.shows("alertMessage"); }, 2000));
-        QTest::keyClick(&w.view, Qt::Key_Escape);
+        QTRY_VERIFY(w.shows("alertMessage"));
+        w.key(Qt::Key_Escape);
         QVERIFY(!w.state->confirmThinSnapshots());
     }
 
@@ -195,20 +179,17 @@ private Q_SLOTS:
         QVERIFY(w.scan(m_tree));
         QQuickItem* list = w.item("largestList");
         list->forceActiveFocus(Qt::TabFocusReason);
-        const NodeRef root = w.state->root();
         // The first row is where the keys start; Down moves on, naming each.
-        QTRY_COMPARE(w.state->hovered().get(), child(root, "movie"));
-        QTest::keyClick(&w.view, Qt::Key_Down);
-        QCOMPARE(w.state->hovered().get(), child(root, "docs"));
-        QTest::keyClick(&w.view, Qt::Key_Up);
-        QCOMPARE(w.state->hovered().get(), child(root, "movie"));
-        QTest::keyClick(&w.view, Qt::Key_Down);
+        QTRY_COMPARE(w.state->hovered(), w.node("movie"));
+        for (const auto& [key, name] : {std::pair{Qt::Key_Down, "docs"}, {Qt::Key_Up, "movie"}, {Qt::Key_Down, "docs"}}) {
+            w.key(key);
+            QCOMPARE(w.state->hovered(), w.node(name));
+        }
         // A row reads out its name, size and share.
-        QQuickItem* row = list->property("currentItem").value<QQuickItem*>();
-        const QString said = accessibleName(row);
+        const QString said = accessibleName(list->property("currentItem").value<QQuickItem*>());
         QVERIFY2(said.startsWith(QStringLiteral("docs, ")) && said.endsWith(u'%'), qPrintable(said));
-        QTest::keyClick(&w.view, Qt::Key_Return);
-        QCOMPARE(w.state->focus().get(), child(root, "docs"));
+        w.key(Qt::Key_Return);
+        QCOMPARE(w.state->focus(), w.node("docs"));
 
         // Every button on the chart screen has a name, icon-only ones too.
         QList<QQuickItem*> buttons;
@@ -223,14 +204,13 @@ private Q_SLOTS:
     {
         Window w(m_volume, m_access);
         QVERIFY(w.scan(m_tree));
-        const NodeRef root = w.state->root();
-        FileNode* docs = child(root, "docs");
-        FileNode* movie = child(root, "movie");
+        FileNode* docs = w.node("docs").get();
+        FileNode* movie = w.node("movie").get();
         QQuickItem* tooltip = w.item("tooltip");
         auto* chart = w.item("sunburst");
 
         // Wherever the hovered sector lies, the tooltip does not cover it.
-        for (FileNode* node : {docs, movie, child(*docs, "report")}) {
+        for (FileNode* node : {docs, movie, w.node("docs/report").get()}) {
             w.moveTo(w.pointOf(node));
             QCOMPARE(w.state->hovered().get(), node);
             QTest::qWait(30);
@@ -240,24 +220,23 @@ private Q_SLOTS:
             QVERIFY2(!meets, qPrintable(node->displayName()));
         }
         // Onto the hub: the card fades out with the last texts it had.
-        QVERIFY(QTest::qWaitFor([&] { return tooltip->opacity() == 1.0; }, 2000));
+        QTRY_COMPARE(tooltip->opacity(), 1.0);
         w.moveTo(w.chartCentre());
         QVERIFY(!w.state->hovered());
-        QVERIFY(QTest::qWaitFor([&] { return tooltip->opacity() > 0 && tooltip->opacity() < 1; }, 2000));
-        QCOMPARE(tooltip->property("info").toMap().value(QStringLiteral("name")).toString(),
-                 QStringLiteral("report"));
+        QTRY_VERIFY(tooltip->opacity() > 0 && tooltip->opacity() < 1);
+        QCOMPARE(tooltip->property("info").toMap().value(QStringLiteral("name")).toString(), QStringLiteral("report"));
 
         // A menu's subject stays hovered while the menu is open.
         auto* menu = w.view.rootObject()->findChild<QObject*>(QStringLiteral("chartMenu"));
         w.moveTo(w.pointOf(movie));
-        QTest::mouseClick(&w.view, Qt::RightButton, {}, w.pointOf(movie));
-        QVERIFY(QTest::qWaitFor([&] { return menu->property("visible").toBool(); }, 2000));
+        w.click(w.pointOf(movie), Qt::RightButton);
+        QTRY_VERIFY(menu->property("visible").toBool());
         QTest::mouseMove(&w.view, w.pointOf(docs));
         QTest::mouseMove(&w.view, QPoint(5, 5));
         QTest::qWait(30);
         QCOMPARE(w.state->hovered().get(), movie);
         QMetaObject::invokeMethod(menu, "close");
-        QVERIFY(QTest::qWaitFor([&] { return !menu->property("visible").toBool(); }, 2000));
+        QTRY_VERIFY(!menu->property("visible").toBool());
 
         // The pointer leaves the window: nothing stays hovered.
         w.moveTo(w.pointOf(docs));
@@ -275,22 +254,24 @@ private Q_SLOTS:
         QCOMPARE(w.state->inaccessibleCount(), 1);
         QVERIFY(w.shows("unreadableBanner"));
         QVERIFY(!w.shows("fdaBanner"));
-        QVERIFY(!w.item("unreadableBanner")->findChild<QQuickItem*>(QStringLiteral("bannerOpenSettings"))->isVisible());
-        QVERIFY(w.item("unreadableBanner")->findChild<QQuickItem*>(QStringLiteral("bannerTitle"))->property("text").toString()
-                == QStringLiteral("Some folders could not be read (1)"));
+        const auto inBanner = [&](const char* name) {
+            return w.item("unreadableBanner")->findChild<QQuickItem*>(QLatin1String(name));
+        };
+        QVERIFY(!inBanner("bannerOpenSettings")->isVisible());
+        QCOMPARE(inBanner("bannerTitle")->property("text").toString(), QStringLiteral("Some folders could not be read (1)"));
         // The folder itself says so in the tooltip.
-        FileNode* unreadable = child(w.state->root(), "chain");
+        FileNode* unreadable = w.node("chain").get();
         while (unreadable && unreadable->hasChildren())
             unreadable = &*unreadable->children().begin();
         QVERIFY(unreadable && unreadable->isInaccessible());
         w.state->setHovered(w.state->root().sibling(unreadable));
         QTRY_VERIFY(w.shows("tooltipUnreadable"));
-        w.state->setHovered(w.state->root().sibling(child(w.state->root(), "movie")));
+        w.state->setHovered(w.node("movie"));
         QVERIFY(!w.shows("tooltipUnreadable"));
 
         // Without the grant: the Full Disk Access banner instead.
-        Access missing;
-        missing.m_granted = false;
+        FakeAccess missing;
+        missing.granted = false;
         Window without(m_volume, missing);
         QVERIFY(without.scan(m_tree));
         QVERIFY(without.shows("fdaBanner"));

@@ -3,11 +3,11 @@
 // with a made-up tmutil in the system's place.
 
 #include "TestMain.h"
+#include "FakePlatform.h"
 #include "app/AppState.h"
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
 #include "platform/ProcessRunner.h"
-#include "platform/VolumeFacts.h"
 #include "snapshots/SnapshotService.h"
 
 #include <QQmlComponent>
@@ -22,6 +22,7 @@
 #include <thread>
 
 using namespace tw;
+using namespace tw::test;
 
 namespace {
 
@@ -49,18 +50,6 @@ public:
 private:
     mutable std::mutex m_mutex;
     mutable QList<QStringList> m_calls;
-};
-
-// A startup volume whose free space the fake tool moves.
-class FakeVolume final : public VolumeFacts {
-public:
-    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
-    {
-        return VolumeInfo::Capacity{1000 * kGB, free.load(), free.load()};
-    }
-    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::unknown; }
-    static constexpr qint64 kGB = 1000LL * 1000 * 1000;
-    std::atomic<qint64> free{100 * kGB};
 };
 
 const QByteArray kThree = "Snapshots for disk /:\n"
@@ -91,7 +80,8 @@ private Q_SLOTS:
     {
         m_tool.listing = kThree;
         m_tool.onThin = nullptr;
-        m_volume.free = 100 * FakeVolume::kGB;
+        m_volume.total = 1000 * kGB;
+        m_volume.free = 100 * kGB;
         LocalizationManager::shared().setCurrent(Language::english);
     }
 
@@ -149,8 +139,8 @@ private Q_SLOTS:
             QString message;
         };
         const Case cases[] = {
-            {3 * FakeVolume::kGB, 3 * FakeVolume::kGB, fillText(text("snapshots.result.freed"), formatBytes(3 * FakeVolume::kGB))},
-            {-FakeVolume::kGB, 0, text("snapshots.result.none")}, // something else filled the disk meanwhile
+            {3 * kGB, 3 * kGB, fillText(text("snapshots.result.freed"), formatBytes(3 * kGB))},
+            {-kGB, 0, text("snapshots.result.none")}, // something else filled the disk meanwhile
         };
         for (const Case& c : cases) {
             m_tool.listing = kThree;

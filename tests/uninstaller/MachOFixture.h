@@ -71,6 +71,12 @@ inline QByteArray machOImage(const QByteArray& entitlements, bool wide, bool big
     return image;
 }
 
+// A thin 64-bit little-endian image signed with these application groups.
+inline QByteArray signedWithGroups(std::initializer_list<const char*> groups)
+{
+    return machOImage(entitlementsXml(groupsArray(groups)), true, false);
+}
+
 // A universal file of the given images (32- or 64-bit fat header).
 inline QByteArray universal(const QList<QByteArray>& images, bool fat64)
 {

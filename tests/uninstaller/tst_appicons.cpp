@@ -2,6 +2,7 @@
 // Qt's image plugin, else the theme's generic application icon, at 48 by 48.
 
 #include "TestMain.h"
+#include "TestFiles.h"
 #include "screens/AppIconProvider.h"
 #include "uninstaller/PropertyList.h"
 
@@ -11,6 +12,7 @@
 #include <QTemporaryDir>
 
 using namespace tw;
+using namespace tw::test;
 
 class AppIconsTest : public QObject {
     Q_OBJECT
@@ -18,13 +20,11 @@ class AppIconsTest : public QObject {
 private:
     QTemporaryDir m_dir;
 
-    QByteArray bundle(const char* name, const QVariantMap& info)
+    QByteArray bundle(const char* name, const char* iconFile)
     {
-        const QByteArray path = QFile::encodeName(m_dir.path()) + '/' + name;
-        QDir().mkpath(QFile::decodeName(path + "/Contents/Resources"));
-        QFile plist(QFile::decodeName(path + "/Contents/Info.plist"));
-        if (plist.open(QIODevice::WriteOnly))
-            plist.write(writePropertyList(info, false));
+        const QByteArray path = makeTree(QFile::encodeName(m_dir.path()) + '/' + name, {{"Contents/Resources"}});
+        writeBytes(path + "/Contents/Info.plist",
+                   writePropertyList(QVariantMap{{"CFBundleIdentifier", "com.e.icon"}, {"CFBundleIconFile", iconFile}}, false));
         return path;
     }
 
@@ -32,9 +32,7 @@ private Q_SLOTS:
     void iconsComeFromTheBundleOrTheTheme()
     {
         // An .icns named without its extension, as bundles often do.
-        const QByteArray own =
-            bundle("Red.app", {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.e.red")},
-                               {QStringLiteral("CFBundleIconFile"), QStringLiteral("AppIcon")}});
+        const QByteArray own = bundle("Red.app", "AppIcon");
         QImage red(128, 128, QImage::Format_ARGB32);
         red.fill(QColor(220, 20, 20));
         QImageWriter writer(QFile::decodeName(own + "/Contents/Resources/AppIcon.icns"), "icns");
@@ -49,13 +47,8 @@ private Q_SLOTS:
         QCOMPARE(icon.pixelColor(24, 24).green(), 20);
 
         // No icon file, or one that is not an image: the generic icon, never empty.
-        const QByteArray plain = bundle(
-            "Plain.app", {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.e.plain")},
-                          {QStringLiteral("CFBundleIconFile"), QStringLiteral("Broken.icns")}});
-        QFile broken(QFile::decodeName(plain + "/Contents/Resources/Broken.icns"));
-        QVERIFY(broken.open(QIODevice::WriteOnly));
-        broken.write("not an icon");
-        broken.close();
+        const QByteArray plain = bundle("Plain.app", "Broken.icns");
+        writeBytes(plain + "/Contents/Resources/Broken.icns", "not an icon");
         const QImage generic = provider.requestImage(QString::fromLatin1(plain.toPercentEncoding()),
                                                      &size, QSize(32, 32));
         QCOMPARE(size, QSize(32, 32));

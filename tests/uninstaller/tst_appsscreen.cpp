@@ -3,11 +3,10 @@
 // defaults, merge and button rules.
 
 #include "TestMain.h"
+#include "FakePlatform.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
 #include "localization/LocalizationManager.h"
-#include "platform/FileReveal.h"
-#include "platform/RunningApplications.h"
 #include "uninstaller/AppsListModel.h"
 #include "uninstaller/InstalledApp.h"
 #include "uninstaller/UninstallChoices.h"
@@ -24,8 +23,7 @@ namespace {
 
 std::unique_ptr<InstalledApp> made(const char* name, const char* id, std::optional<QDateTime> opened = {})
 {
-    return std::make_unique<InstalledApp>(QByteArray("/Applications/") + name + ".app", QString::fromUtf8(name),
-                                          QString::fromUtf8(id), std::nullopt, opened, QByteArray());
+    return madeApp("/Applications", QString::fromUtf8(name), QString::fromUtf8(id), opened);
 }
 
 QStringList namesOf(const std::vector<InstalledApp*>& apps)
@@ -35,36 +33,6 @@ QStringList namesOf(const std::vector<InstalledApp*>& apps)
         names.append(app->name());
     return names;
 }
-
-RelatedFile leftover(const char* path, qint64 size, bool shared = false,
-                     RelatedCategory category = RelatedCategory::caches)
-{
-    RelatedFile file;
-    file.url = path;
-    file.size = size;
-    file.isShared = shared;
-    file.category = category;
-    return file;
-}
-
-class FakeRunning final : public RunningApplications {
-public:
-    bool isRunning(const QString&, const QByteArray&) const override { return running; }
-    bool terminate(const QString&, const QByteArray&) override
-    {
-        ++terminated;
-        running = stubborn;
-        return true;
-    }
-    std::atomic<bool> running{false};
-    bool stubborn = false;
-    int terminated = 0;
-};
-
-class NoReveal final : public FileReveal {
-public:
-    void reveal(const QByteArray&) override {}
-};
 
 } // namespace
 
@@ -138,7 +106,7 @@ private Q_SLOTS:
     void dialogDefaultsMergeAndButton()
     {
         FakeRunning running;
-        NoReveal reveal;
+        FakeReveal reveal;
         QList<QList<QByteArray>> handed;
         AppState::Services services;
         services.running = &running;

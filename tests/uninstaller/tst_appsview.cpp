@@ -5,26 +5,9 @@
 
 #include "TestMain.h"
 #include "screens/ScreensHarness.h"
-#include "platform/FileReveal.h"
-#include "platform/RunningApplications.h"
 
 using namespace tw;
 using namespace tw::test;
-
-namespace {
-
-class NothingRuns final : public RunningApplications {
-public:
-    bool isRunning(const QString&, const QByteArray&) const override { return false; }
-    bool terminate(const QString&, const QByteArray&) override { return false; }
-};
-
-class NoReveal final : public FileReveal {
-public:
-    void reveal(const QByteArray&) override {}
-};
-
-} // namespace
 
 class AppsViewTest : public QObject {
     Q_OBJECT
@@ -36,65 +19,59 @@ private Q_SLOTS:
 
     void keyboardFlow()
     {
-        NothingRuns running;
-        NoReveal reveal;
+        FakeRunning running;
+        FakeReveal reveal;
         AppState::Services services;
         services.running = &running;
         services.reveal = &reveal;
         services.discoverApps = [] {
             std::vector<std::unique_ptr<InstalledApp>> apps;
             for (const char* name : {"Notes", "Safari", "Xcode"})
-                apps.push_back(std::make_unique<InstalledApp>(QByteArray("/Applications/") + name + ".app",
-                                                              QString::fromLatin1(name),
-                                                              QStringLiteral("com.apple.") + QLatin1String(name),
-                                                              std::nullopt, std::nullopt, QByteArray()));
+                apps.push_back(madeApp("/Applications", QString::fromLatin1(name)));
             return apps;
         };
         services.bundleSize = [](const QByteArray& url) { return qint64(url.size()) * 1000; };
         services.findRelated = [](const QString&, const QString&, const QByteArray&) { return QList<RelatedFile>{}; };
-        AppState state(services);
-        QQuickView view;
-        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}});
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        const auto item = [&](const char* name) { return Window::findIn(view.contentItem(), QString::fromLatin1(name)); };
+        Window w(services);
+        QVERIFY(QTest::qWaitForWindowExposed(&w.view));
+        const auto count = [&] { return w.item("appsList")->property("count").toInt(); };
 
-        state.setMode(AppState::Mode::apps);
-        QTRY_COMPARE(item("appsList")->property("count").toInt(), 3);
-        QQuickItem* screen = item("appsScreen");
-        QQuickItem* search = item("appsSearch");
+        w.state->setMode(AppState::Mode::apps);
+        QTRY_COMPARE(count(), 3);
+        QQuickItem* screen = w.item("appsScreen");
+        QQuickItem* search = w.item("appsSearch");
 
         // Find, then down into the list: the first row is selected and its panel opens.
-        QTest::keyClick(&view, Qt::Key_F, Qt::ControlModifier);
+        w.key(Qt::Key_F, Qt::ControlModifier);
         QTRY_VERIFY(search->hasActiveFocus());
-        QTest::keyClick(&view, Qt::Key_Down);
-        QVERIFY(item("appsList")->hasActiveFocus());
-        QTest::keyClick(&view, Qt::Key_Down);
+        w.key(Qt::Key_Down);
+        QVERIFY(w.item("appsList")->hasActiveFocus());
+        w.key(Qt::Key_Down);
         auto* selected = screen->property("selected").value<InstalledApp*>();
         QVERIFY(selected);
         QTRY_VERIFY(selected->relatedLoaded());
-        QTRY_VERIFY(item("appDetailPanel")->isVisible());
-        QCOMPARE(item("detailName")->property("text").toString(), selected->name());
+        QTRY_VERIFY(w.shows("appDetailPanel"));
+        QCOMPARE(w.text("detailName"), selected->name());
 
         // Return opens the dialog for the selection; find does nothing under it; Escape closes it.
-        QTest::keyClick(&view, Qt::Key_Return);
-        QCOMPARE(state.uninstallCandidate(), selected);
-        QTRY_VERIFY(item("uninstallConfirm")->isVisible());
-        QTest::keyClick(&view, Qt::Key_F, Qt::ControlModifier);
+        w.key(Qt::Key_Return);
+        QCOMPARE(w.state->uninstallCandidate(), selected);
+        QTRY_VERIFY(w.shows("uninstallConfirm"));
+        w.key(Qt::Key_F, Qt::ControlModifier);
         QVERIFY(!search->hasActiveFocus());
-        QTest::keyClick(&view, Qt::Key_Escape);
-        QCOMPARE(state.uninstallCandidate(), nullptr);
+        w.key(Qt::Key_Escape);
+        QCOMPARE(w.state->uninstallCandidate(), nullptr);
 
         // A search with blanks around it.
         search->setProperty("text", QStringLiteral(" Safari "));
-        QTRY_COMPARE(item("appsList")->property("count").toInt(), 1);
+        QTRY_COMPARE(count(), 1);
         search->setProperty("text", QString());
 
         // A reload gives every application a new identity: the panel closes.
-        state.reloadApps();
-        QTRY_COMPARE(item("appsList")->property("count").toInt(), 3);
+        w.state->reloadApps();
+        QTRY_COMPARE(count(), 3);
         QVERIFY(screen->property("selected").value<InstalledApp*>() == nullptr);
-        QTRY_VERIFY(!item("appDetailPanel")->isVisible());
+        QTRY_VERIFY(!w.shows("appDetailPanel"));
     }
 };
 

@@ -18,22 +18,11 @@ using namespace tw::test;
 
 namespace {
 
-void makePath(const QByteArray& path)
-{
-    QVERIFY(QDir().mkpath(QFile::decodeName(path)));
-}
-
 void writeInfo(const QByteArray& bundle, const char* id, const char* name)
 {
-    makePath(bundle + "/Contents/MacOS");
-    writeFile(bundle + "/Contents/MacOS/main", 8192);
-    const QVariantMap info{{QStringLiteral("CFBundleIdentifier"), QString::fromLatin1(id)},
-                           {QStringLiteral("CFBundleName"), QString::fromLatin1(name)},
-                           {QStringLiteral("CFBundleExecutable"), QStringLiteral("main")}};
-    const QByteArray plist = writePropertyList(info, false);
-    QFile file(QFile::decodeName(bundle + "/Contents/Info.plist"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(plist), plist.size());
+    makeTree(bundle, {{"Contents/MacOS/main", 8192}});
+    writeBytes(bundle + "/Contents/Info.plist",
+               writePropertyList(QVariantMap{{"CFBundleIdentifier", id}, {"CFBundleName", name}, {"CFBundleExecutable", "main"}}, false));
 }
 
 QStringList entries(const QByteArray& folder)
@@ -58,16 +47,10 @@ private Q_SLOTS:
         const QByteArray library = home + "/Library";
         writeInfo(root + "/Applications/Foo.app", "com.foo.app", "Foo");
         writeInfo(root + "/Applications/Bar.app", "com.bar.app", "Bar");
-        makePath(library + "/Caches/com.foo.app");
-        writeFile(library + "/Caches/com.foo.app/blob", 4096);
-        makePath(library + "/Application Support/Foo");
-        makePath(library + "/Group Containers/TEAM.com.foo.app");
-        makePath(library + "/Caches/com.bar.app");
-        makePath(library + "/Application Support/Foobar");
-        makePath(library + "/Preferences");
-        writeFile(library + "/Preferences/com.foo.app.plist", 100);
-        writeFile(library + "/Preferences/com.bar.app.plist", 100);
-        makePath(root + "/system");
+        makeTree(library, {{"Caches/com.foo.app/blob", 4096}, {"Application Support/Foo"}, {"Group Containers/TEAM.com.foo.app"},
+                           {"Caches/com.bar.app"}, {"Application Support/Foobar"}, {"Preferences/com.foo.app.plist", 100},
+                           {"Preferences/com.bar.app.plist", 100}});
+        makeTree(root + "/system", {});
 
         const QString cli = QStringLiteral(TIDEWICK_CLI);
         QVERIFY2(QFile::exists(cli), qPrintable(cli));

@@ -5,7 +5,8 @@ set -euo pipefail
 
 packages=(
     cmake g++ ninja-build make pkg-config
-    clang
+    clang libclang-rt-14-dev
+    libc6-dev-arm64-cross libstdc++-12-dev-arm64-cross
     qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev
     qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-layouts

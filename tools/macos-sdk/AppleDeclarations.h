@@ -6,16 +6,29 @@
 // expand to availability or nullability annotations are left out: they do
 // not change what a call may pass or get back.
 //
+// Each declaration newer than macOS 10.9 carries the version its page gives
+// (TW_MACOS(v)), so that the check, which compiles for macOS 13 with
+// unguarded-availability as an error, refuses a call newer than the
+// deployment target; the rest are from 10.9 or before.
+//
 // Adding an interface: write it into its framework's section from its page,
-// with the page's path in a comment above it, and run the check.
+// with the page's path in a comment above it and, when it is newer than
+// 10.9, its availability; run the check.
 #pragma once
+
+#define TW_MACOS(version) __attribute__((availability(macos, introduced = version)))
 
 #include <stddef.h>
 #include <stdint.h>
 
 // ---------------------------------------------------------------- Objective-C runtime
-// objectivec/bool
-typedef bool BOOL; // Apple silicon's definition
+// objectivec/bool: bool on Apple silicon, signed char on Intel Macs (objc.h
+// sets OBJC_BOOL_IS_BOOL to 0 for macOS on x86_64)
+#if defined(__x86_64__)
+typedef signed char BOOL;
+#else
+typedef bool BOOL;
+#endif
 #define YES __objc_yes
 #define NO __objc_no
 // objectivec/nil
@@ -244,7 +257,7 @@ extern const NSURLResourceKey NSURLVolumeTotalCapacityKey;
 // foundation/nsurlvolumeavailablecapacitykey
 extern const NSURLResourceKey NSURLVolumeAvailableCapacityKey;
 // foundation/nsurlvolumeavailablecapacityforimportantusagekey
-extern const NSURLResourceKey NSURLVolumeAvailableCapacityForImportantUsageKey;
+extern const NSURLResourceKey NSURLVolumeAvailableCapacityForImportantUsageKey TW_MACOS(10.13);
 // foundation/nsurlvolumeislocalkey
 extern const NSURLResourceKey NSURLVolumeIsLocalKey;
 }
@@ -286,7 +299,7 @@ NSString* NSHomeDirectory(void);
 // foundation/filehandle/nulldevice
 @property(class, readonly, strong) NSFileHandle* fileHandleWithNullDevice;
 // foundation/filehandle/readtoend()
-- (nullable NSData*)readDataToEndOfFileAndReturnError:(NSError**)error; // macOS 10.15.4 and later
+- (nullable NSData*)readDataToEndOfFileAndReturnError:(NSError**)error TW_MACOS(10.15.4);
 @end
 
 // foundation/pipe
@@ -300,7 +313,7 @@ NSString* NSHomeDirectory(void);
 // foundation/process
 @interface NSTask : NSObject
 // foundation/process/executableurl
-@property(copy) NSURL* executableURL;
+@property(copy) NSURL* executableURL TW_MACOS(10.13);
 // foundation/process/launchpath
 @property(copy) NSString* launchPath;
 // foundation/process/arguments
@@ -309,7 +322,7 @@ NSString* NSHomeDirectory(void);
 @property(retain) id standardOutput;
 @property(retain) id standardError;
 // foundation/process/run()
-- (BOOL)launchAndReturnError:(out NSError* _Nullable __autoreleasing*)error;
+- (BOOL)launchAndReturnError:(out NSError* _Nullable __autoreleasing*)error TW_MACOS(10.13);
 // foundation/process/waituntilexit()
 - (void)waitUntilExit;
 // foundation/process/terminationstatus
@@ -377,16 +390,16 @@ enum : NSWindowStyleMask {
     NSWindowStyleMaskClosable = 1 << 1,
     NSWindowStyleMaskMiniaturizable = 1 << 2,
     NSWindowStyleMaskResizable = 1 << 3,
-    NSWindowStyleMaskFullSizeContentView = 1 << 15,
+    NSWindowStyleMaskFullSizeContentView TW_MACOS(10.10) = 1 << 15,
 };
 // appkit/nswindow
 @interface NSWindow : NSObject
 // appkit/nswindow/contentview
 @property(strong) NSView* contentView;
 // appkit/nswindow/titlevisibility
-@property NSWindowTitleVisibility titleVisibility;
+@property NSWindowTitleVisibility titleVisibility TW_MACOS(10.10);
 // appkit/nswindow/titlebarappearstransparent
-@property BOOL titlebarAppearsTransparent;
+@property BOOL titlebarAppearsTransparent TW_MACOS(10.10);
 // appkit/nswindow/stylemask
 @property NSWindowStyleMask styleMask;
 // appkit/nswindow/isopaque
@@ -395,53 +408,29 @@ enum : NSWindowStyleMask {
 @property(copy) NSColor* backgroundColor;
 @end
 
-// appkit/nsvisualeffectview/material-swift.enum
-typedef NSInteger NSVisualEffectMaterial;
-enum : NSVisualEffectMaterial {
-    NSVisualEffectMaterialWindowBackground = 12,
-    NSVisualEffectMaterialUnderWindowBackground = 21,
-};
-// appkit/nsvisualeffectview/blendingmode-swift.enum
-typedef NSInteger NSVisualEffectBlendingMode;
-enum : NSVisualEffectBlendingMode {
-    NSVisualEffectBlendingModeBehindWindow = 0,
-    NSVisualEffectBlendingModeWithinWindow = 1,
-};
-// appkit/nsvisualeffectview/state-swift.enum
-typedef NSInteger NSVisualEffectState;
-enum : NSVisualEffectState {
-    NSVisualEffectStateFollowsWindowActiveState = 0,
-    NSVisualEffectStateActive = 1,
-    NSVisualEffectStateInactive = 2,
-};
-// appkit/nsvisualeffectview
-@interface NSVisualEffectView : NSView
-@property NSVisualEffectMaterial material;
-@property NSVisualEffectBlendingMode blendingMode;
-@property NSVisualEffectState state;
-@end
-
 // appkit/nsimage/hintkey
 typedef NSString* NSImageHintKey;
 // appkit/nsfont/weight
 typedef CGFloat NSFontWeight;
 extern "C" {
 // appkit/nsfont/weight/regular
-extern const NSFontWeight NSFontWeightRegular;
+extern const NSFontWeight NSFontWeightRegular TW_MACOS(10.11);
 }
 // appkit/nsimage/symbolconfiguration
+TW_MACOS(11.0)
 @interface NSImageSymbolConfiguration : NSObject
 // appkit/nsimage/symbolconfiguration/init(pointsize:weight:)
-+ (instancetype)configurationWithPointSize:(CGFloat)pointSize weight:(NSFontWeight)weight;
++ (instancetype)configurationWithPointSize:(CGFloat)pointSize weight:(NSFontWeight)weight TW_MACOS(11.0);
 @end
 // appkit/nsimage
 @interface NSImage : NSObject
 // appkit/nsimage/size
 @property NSSize size;
 // appkit/nsimage/init(systemsymbolname:accessibilitydescription:)
-+ (instancetype)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)description;
++ (instancetype)imageWithSystemSymbolName:(NSString*)name
+                    accessibilityDescription:(NSString*)description TW_MACOS(11.0);
 // appkit/nsimage/withsymbolconfiguration(_:)
-- (NSImage*)imageWithSymbolConfiguration:(NSImageSymbolConfiguration*)configuration;
+- (NSImage*)imageWithSymbolConfiguration:(NSImageSymbolConfiguration*)configuration TW_MACOS(11.0);
 // appkit/nsimage/cgimage(forproposedrect:context:hints:)
 - (CGImageRef)CGImageForProposedRect:(NSRect*)proposedDestRect
                              context:(NSGraphicsContext*)referenceContext
@@ -487,7 +476,10 @@ typedef struct __SecCode const* SecStaticCodeRef;
 typedef uint32_t SecCSFlags;
 enum : SecCSFlags {
     kSecCSDefaultFlags = 0,
+    // security/kseccssigninginformation, security/kseccsrequirementinformation
+    // (security/code-signing-information-flags: internal, signing, requirement, ... in that order)
     kSecCSSigningInformation = 1 << 1,
+    kSecCSRequirementInformation = 1 << 2,
 };
 extern "C" {
 // security/secstaticcodecreatewithpath(_:_:_:)
@@ -522,7 +514,7 @@ typedef uint32_t IOOptionBits;
 typedef char io_name_t[128];
 extern "C" {
 // iokit/kiomainportdefault
-extern const mach_port_t kIOMainPortDefault;
+extern const mach_port_t kIOMainPortDefault TW_MACOS(12.0);
 // iokit/iobsdnamematching(_:_:_:)
 CFMutableDictionaryRef IOBSDNameMatching(mach_port_t mainPort, uint32_t options, const char* bsdName);
 // iokit/ioservicegetmatchingservice(_:_:): consumes the matching dictionary

@@ -14,7 +14,10 @@ QSet<QString> codeSigningGroups(const QByteArray& path)
         if (SecStaticCodeCreateWithPath((__bridge CFURLRef)url, kSecCSDefaultFlags, &code) != errSecSuccess || !code)
             return groups;
         CFDictionaryRef information = nullptr;
-        const OSStatus status = SecCodeCopySigningInformation(code, kSecCSSigningInformation, &information);
+        // Apple lists the entitlements under the requirement information;
+        // the signing information is asked for as well, as before.
+        const OSStatus status = SecCodeCopySigningInformation(
+            code, kSecCSSigningInformation | kSecCSRequirementInformation, &information);
         CFRelease(code);
         if (status != errSecSuccess || !information)
             return groups;

@@ -234,7 +234,7 @@ private Q_SLOTS:
         using Delivery = HttpResponse::Delivery;
         QTest::addColumn<HttpResponse>("broken");
         QTest::newRow("first byte too late") << HttpResponse{200, "{}", "application/json", Delivery::late, 20000};
-        QTest::newRow("header without end") << HttpResponse{200, "{}", "application/json", Delivery::endlessHeader, 0};
+        QTest::newRow("header without end") << HttpResponse{200, "{}", "application/json", Delivery::endlessHeader, 1};
         QTest::newRow("body without end") << HttpResponse{200, "{}", "application/json", Delivery::endlessBody, 0};
         QTest::newRow("trickle") << HttpResponse{200, QByteArray(100, ' '), "application/json", Delivery::trickle, 200};
     }

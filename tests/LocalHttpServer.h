@@ -3,16 +3,22 @@
 // A small HTTP/1.1 server on 127.0.0.1 for the network tests: one request per
 // connection, answered by a handler the test sets. It keeps every request it
 // saw and refuses more than `maxRequests`, so a runaway client cannot keep a
-// test busy. Lives on the test's thread.
+// test busy. It can also answer as a broken or hostile server would (see
+// HttpResponse::Delivery); such an answer ends when the client hangs up, or
+// after 256 MiB or 30 s. Lives on the test's thread.
 
 #include <QByteArray>
 #include <QHostAddress>
 #include <QList>
+#include <QMetaType>
 #include <QMap>
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 #include <QUrl>
+
+#include "network/RequestLimits.h"
 
 #include <functional>
 
@@ -24,16 +30,28 @@ struct HttpRequest {
 };
 
 struct HttpResponse {
+    enum class Delivery {
+        whole,         // at once
+        late,          // at once, after `intervalMs`
+        trickle,       // headers, then the body a byte every `intervalMs`
+        endlessBody,   // headers, then a body that never ends
+        endlessHeader, // the status line, then header lines that never end
+    };
     int status = 200;
     QByteArray body;
     QByteArray contentType = "application/json";
+    Delivery delivery = Delivery::whole;
+    int intervalMs = 0;
 };
+Q_DECLARE_METATYPE(HttpResponse)
 
 class LocalHttpServer : public QObject {
 public:
     std::function<HttpResponse(const HttpRequest&)> handler = [](const HttpRequest&) { return HttpResponse{204, {}}; };
     QList<HttpRequest> requests;
     int maxRequests = 500;
+    // Bytes of endless answers written so far: what a client let in before it gave up.
+    qint64 streamed = 0;
 
     LocalHttpServer()
     {
@@ -89,10 +107,61 @@ private:
             answer += "\r\n";
             if (response.status != 204)
                 answer += response.body;
+            deliver(socket, answer, response);
+        });
+    }
+
+    void deliver(QTcpSocket* socket, const QByteArray& answer, const HttpResponse& response)
+    {
+        using Delivery = HttpResponse::Delivery;
+        if (response.delivery == Delivery::whole) {
             socket->write(answer);
             socket->disconnectFromHost();
+            return;
+        }
+        const qsizetype headerEnd = answer.indexOf("\r\n\r\n") + 4;
+        const QByteArray head = response.delivery == Delivery::endlessHeader ? answer.left(answer.indexOf("\r\n") + 2)
+                                : response.delivery == Delivery::endlessBody  ? answer.left(headerEnd).replace("Content-Length", "X-Length")
+                                                                              : answer.left(headerEnd);
+        if (response.delivery != Delivery::late)
+            socket->write(head);
+        auto sent = std::make_shared<qint64>(0);
+        auto* pump = new QTimer(socket);
+        QTimer::singleShot(30000, pump, [socket] { socket->abort(); });
+        connect(pump, &QTimer::timeout, socket, [=, this] {
+            if (response.delivery == Delivery::late) {
+                socket->write(answer);
+                socket->disconnectFromHost();
+                return pump->stop();
+            }
+            if (response.delivery == Delivery::trickle) {
+                if (headerEnd + *sent < answer.size())
+                    socket->write(answer.mid(headerEnd + (*sent)++, 1));
+                else
+                    socket->disconnectFromHost();
+                return;
+            }
+            if (*sent > (qint64(256) << 20))
+                return socket->abort();
+            // Fed as fast as the client takes it, never faster.
+            if (socket->bytesToWrite() < (1 << 20)) {
+                const QByteArray piece = response.delivery == Delivery::endlessHeader
+                                             ? "X-Pad: " + QByteArray(1016, 'h') + "\r\n"
+                                             : QByteArray(64 * 1024, 'b');
+                socket->write(piece);
+                *sent += piece.size();
+                streamed += piece.size();
+            }
         });
+        pump->start(response.intervalMs);
     }
 
     QTcpServer m_server;
 };
+
+// Request limits a test server meets each of in a second or two.
+inline tw::RequestLimits quickLimits()
+{
+    using std::chrono::milliseconds;
+    return {4096, 64 * 1024, milliseconds(1000), milliseconds(1000), milliseconds(2000)};
+}

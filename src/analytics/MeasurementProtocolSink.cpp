@@ -1,6 +1,7 @@
 #include "analytics/MeasurementProtocolSink.h"
 
 #include "localization/SettingsStore.h"
+#include "platform/OwnFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,19 +11,18 @@
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QTimer>
 #include <QUrlQuery>
 #include <QUuid>
 
 #include <algorithm>
+#include <cerrno>
 #include <deque>
 
 namespace tw {
 
 namespace {
-constexpr int kRequestTimeoutMs = 15000;
 constexpr const char* kInstanceKey = "Tidewick.analyticsInstance";
 // The service keeps at most this many characters of a text parameter; a
 // longer one (a sponsored item's long link) is cut here rather than there.
@@ -90,14 +90,19 @@ public:
 
     void load()
     {
-        QFile file(m_options.queueFile);
-        if (!file.open(QIODevice::ReadOnly))
+        if (m_options.queueFile.isEmpty())
             return;
+        const QFileInfo place(m_options.queueFile);
+        const auto contents = OwnFile::read(QFile::encodeName(place.absolutePath()), QFile::encodeName(place.fileName()),
+                                            kMaxQueueFileBytes);
+        // A link where the file should be is someone else's: never written.
+        m_fileRefused = contents.error == ELOOP;
         // A damaged file holds nothing we can send; it is rewritten on the next event.
-        const QJsonArray events = QJsonDocument::fromJson(file.readAll()).object().value(QStringLiteral("events")).toArray();
+        const QJsonArray events =
+            QJsonDocument::fromJson(contents.bytes).object().value(QStringLiteral("events")).toArray();
         for (const QJsonValue& event : events) {
             if (event.isObject() && event[QStringLiteral("name")].isString())
-                m_queue.push_back({m_nextSequence++, event.toObject()});
+                admit(event.toObject());
         }
         trim();
         schedule(0);
@@ -110,7 +115,7 @@ public:
 
     void enqueue(const QJsonObject& event)
     {
-        m_queue.push_back({m_nextSequence++, event});
+        admit(event);
         trim();
         saveSoon();
         schedule(m_options.batchDelayMs);
@@ -130,6 +135,12 @@ private:
         quint64 sequence;
         QJsonObject event;
     };
+
+    void admit(const QJsonObject& event)
+    {
+        if (QJsonDocument(event).toJson(QJsonDocument::Compact).size() <= kMaxEventBytes)
+            m_queue.push_back({m_nextSequence++, event});
+    }
 
     void trim()
     {
@@ -154,17 +165,18 @@ private:
     bool save()
     {
         m_savePending = false;
-        if (m_options.queueFile.isEmpty())
+        if (m_options.queueFile.isEmpty() || m_fileRefused)
             return false;
         QJsonArray events;
         for (const Queued& queued : m_queue)
             events.append(queued.event);
         const QByteArray bytes = QJsonDocument(QJsonObject{{QStringLiteral("events"), events}}).toJson(QJsonDocument::Compact);
-        QDir().mkpath(QFileInfo(m_options.queueFile).absolutePath());
-        QSaveFile file(m_options.queueFile);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            return false;
-        return file.commit();
+        const QFileInfo place(m_options.queueFile);
+        QDir().mkpath(place.absolutePath());
+        const int error =
+            OwnFile::replace(QFile::encodeName(place.absolutePath()), QFile::encodeName(place.fileName()), bytes);
+        m_fileRefused = error == ELOOP;
+        return error == 0;
     }
 
     void schedule(int delayMs)
@@ -192,8 +204,8 @@ private:
             body.insert(QStringLiteral("user_properties"), m_userProperties);
         QNetworkRequest request(m_options.config.collectUrl());
         request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
-        request.setTransferTimeout(kRequestTimeoutMs);
         m_reply = m_network->post(request, QJsonDocument(body).toJson(QJsonDocument::Compact));
+        limitReply(*m_reply, m_options.limits);
         connect(m_reply, &QNetworkReply::finished, this, [this] { finished(); });
     }
 
@@ -202,6 +214,11 @@ private:
         QNetworkReply* reply = std::exchange(m_reply, nullptr);
         reply->deleteLater();
         const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        if (status == 0 && reply->error() == QNetworkReply::OperationCanceledError) {
+            // Given up before the answer began; the next request goes through a new manager.
+            QMetaObject::invokeMethod(this, [network = std::exchange(m_network, nullptr)] { retireNetwork(network); },
+                                      Qt::QueuedConnection);
+        }
         // A 4xx other than a time-out or a rate limit will never be taken:
         // retrying it would hold up every later event for good.
         const bool taken = status >= 200 && status <= 299;
@@ -233,6 +250,7 @@ private:
     int m_backoffMs = 0; // the last wait after a failure; 0 after a success
     bool m_retrying = false;
     bool m_savePending = false;
+    bool m_fileRefused = false; // a link stands where the file should be
 };
 
 MeasurementProtocolSink::MeasurementProtocolSink(Options options)

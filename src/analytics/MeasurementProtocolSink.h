@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analytics/Analytics.h"
+#include "network/RequestLimits.h"
 
 #include <QMutex>
 #include <QThread>
@@ -36,6 +37,11 @@ struct AnalyticsConfig {
 // taken it, so a quit or a dead network loses nothing: the next sink made on
 // the same file sends what is left.
 //
+// The queue file is trusted no further than its size: it is never read or
+// written through a link (a link in its place is left alone, and the queue
+// then lives in memory only), a file over kMaxQueueFileBytes is not read,
+// and an event over kMaxEventBytes is dropped, never sent.
+//
 // The calls take any thread and return at once; the file and the network are
 // handled on a thread of the sink's own. Destroying the sink stops that
 // thread after it has written what was queued.
@@ -43,6 +49,11 @@ class MeasurementProtocolSink final : public AnalyticsSink {
 public:
     static constexpr int kMaxBatch = 25;
     static constexpr int kMaxQueued = 1000;
+    // An event is its name and a handful of numbers and short texts (each
+    // cut to 100 characters): a few hundred bytes. 4 KiB holds even the
+    // service's own maximum of 25 such parameters.
+    static constexpr qint64 kMaxEventBytes = 4096;
+    static constexpr qint64 kMaxQueueFileBytes = kMaxQueued * kMaxEventBytes + 1024;
 
     struct Options {
         AnalyticsConfig config;
@@ -51,6 +62,7 @@ public:
         int batchDelayMs = 2000;     // lets the events of a moment share a request
         int initialBackoffMs = 5000; // doubled after each failure
         int maxBackoffMs = 15 * 60 * 1000;
+        RequestLimits limits = RequestLimits::analytics();
     };
 
     explicit MeasurementProtocolSink(Options options);

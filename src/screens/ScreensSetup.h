@@ -8,8 +8,9 @@ class QQuickView;
 namespace tw {
 
 // What every engine that shows Tidewick's screens needs: the module's
-// resources on the import path and the `image://symbol/` and
-// `image://appicon/` providers. Used by
+// resources on the import path, the `image://symbol/` and
+// `image://appicon/` providers, and web images under the image request
+// limits. Used by
 // the application, the screenshot tool and the tests alike.
 void installScreens(QQmlEngine& engine);
 

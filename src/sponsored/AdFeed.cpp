@@ -1,5 +1,7 @@
 #include "sponsored/AdFeed.h"
 
+#include "network/RequestLimits.h"
+
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -14,11 +16,6 @@
 namespace tw::AdFeed {
 
 namespace {
-
-constexpr int kCurrentTimeoutMs = 8000;
-constexpr int kClickTimeoutMs = 5000;
-// A sponsored item is a few hundred bytes; anything this large is not one.
-constexpr qint64 kMaxBodyBytes = 1 << 20;
 
 // One key of a wire record, by the decoder's rules: `ok` turns false for a
 // missing required key or any present value of the wrong JSON type.
@@ -162,23 +159,29 @@ QNetworkRequest currentRequest(const QUrl& base, Language language)
     query.addQueryItem(QStringLiteral("protocol"), QStringLiteral("1"));
     url.setQuery(query);
     QNetworkRequest request(url);
-    request.setTransferTimeout(kCurrentTimeoutMs);
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     return request;
 }
 
-QNetworkRequest clickRequest(const QUrl& base, const QString& adId)
+std::optional<QNetworkRequest> clickRequest(const QUrl& base, const QString& adId)
 {
+    // The id is the server's data and is one path segment, whatever it holds:
+    // a "/" or "?" in it must never lead the POST out of /api/v1/ads/ to
+    // another address on the same host, so it is escaped. "." and ".." cannot
+    // be: QUrl keeps no escaped dot, and the HTTP stack resolves such a
+    // segment as a step. An item with such an id gets no click report.
+    if (adId == QLatin1String(".") || adId == QLatin1String(".."))
+        return std::nullopt;
     QUrl url = base;
     QString path = url.path();
     if (!path.endsWith(QLatin1Char('/')))
         path += QLatin1Char('/');
-    // The id goes in as it came: a "/" in it adds a level to the path.
-    url.setPath(path + QStringLiteral("api/v1/ads/") + adId + QStringLiteral("/click"));
+    url.setPath(path + QStringLiteral("api/v1/ads/") + QString::fromLatin1(QUrl::toPercentEncoding(adId)) +
+                    QStringLiteral("/click"),
+                QUrl::StrictMode);
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
-    request.setTransferTimeout(kClickTimeoutMs);
     return request;
 }
 
@@ -238,26 +241,15 @@ std::optional<Envelope> decode(const QByteArray& body)
     return result;
 }
 
-namespace {
-// Reads and drops whatever comes back, and stops an answer that grows past
-// any sponsored item's size.
-QNetworkReply* send(QNetworkReply* reply)
-{
-    QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received, qint64) {
-        if (received > kMaxBodyBytes)
-            reply->abort();
-    });
-    return reply;
-}
-} // namespace
-
 void requestCurrent(QNetworkAccessManager& network, const QUrl& base, Language language,
-                    std::function<void(const Outcome&)> done)
+                    std::function<void(const Outcome&)> done, const RequestLimits& limits)
 {
-    QNetworkReply* reply = send(network.get(currentRequest(base, language)));
+    QNetworkReply* reply = network.get(currentRequest(base, language));
+    limitReply(*reply, limits);
     QObject::connect(reply, &QNetworkReply::finished, reply, [reply, done = std::move(done)] {
         reply->deleteLater();
         Outcome outcome;
+        outcome.canceled = reply->error() == QNetworkReply::OperationCanceledError;
         const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
         if (!status.isValid()) {
             outcome.kind = Outcome::Kind::transportFailure;
@@ -267,7 +259,7 @@ void requestCurrent(QNetworkAccessManager& network, const QUrl& base, Language l
         } else if (outcome.status < 200 || outcome.status > 299) {
             outcome.kind = Outcome::Kind::ignoredStatus;
         } else if (reply->error() != QNetworkReply::NoError) {
-            // A 2xx whose body broke off or grew too large.
+            // A 2xx whose body broke off or passed a limit.
             outcome.kind = Outcome::Kind::transportFailure;
             outcome.error = reply->errorString();
         } else if (auto envelope = decode(reply->readAll())) {
@@ -283,14 +275,13 @@ void requestCurrent(QNetworkAccessManager& network, const QUrl& base, Language l
 void sendClick(QNetworkAccessManager& network, const QUrl& base, const Ad& ad, Language language)
 {
     QNetworkReply* reply = nullptr;
-    if (ad.clickURL) {
-        QNetworkRequest request(*ad.clickURL);
-        request.setTransferTimeout(kClickTimeoutMs);
-        reply = network.get(request);
-    } else {
-        reply = network.post(clickRequest(base, ad.id), clickBody(language));
-    }
-    send(reply);
+    if (ad.clickURL)
+        reply = network.get(QNetworkRequest(*ad.clickURL));
+    else if (const auto request = clickRequest(base, ad.id))
+        reply = network.post(*request, clickBody(language));
+    else
+        return;
+    limitReply(*reply, RequestLimits::click());
     QObject::connect(reply, &QNetworkReply::finished, reply, &QObject::deleteLater);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "localization/Language.h"
+#include "network/RequestLimits.h"
 
 #include <QByteArray>
 #include <QNetworkRequest>
@@ -61,8 +62,10 @@ inline constexpr const char* kDefaultApiBase = "https://api.tidewick.app";
 [[nodiscard]] QString appVersion();
 
 [[nodiscard]] QNetworkRequest currentRequest(const QUrl& base, Language language);
-// The POST made when an item has no click address of its own.
-[[nodiscard]] QNetworkRequest clickRequest(const QUrl& base, const QString& adId);
+// The POST made when an item has no click address of its own; the id is one
+// escaped segment of its path. None for the ids "." and "..", which no
+// address can carry as a segment.
+[[nodiscard]] std::optional<QNetworkRequest> clickRequest(const QUrl& base, const QString& adId);
 [[nodiscard]] QByteArray clickBody(Language language);
 
 // A body that decodes. `ad` is empty when the item in it is unusable.
@@ -81,10 +84,12 @@ struct Outcome {
     int status = 0;
     Envelope envelope;
     QString error;
+    bool canceled = false; // given up at a limit
 };
-// Sends the GET on `network` and calls `done` once on that manager's thread.
+// Sends the GET on `network` and calls `done` once on that manager's thread;
+// an answer past `limits` is a transport failure.
 void requestCurrent(QNetworkAccessManager& network, const QUrl& base, Language language,
-                    std::function<void(const Outcome&)> done);
+                    std::function<void(const Outcome&)> done, const RequestLimits& limits = RequestLimits::feed());
 // The click report: a GET of the item's click address when it has one, else
 // the POST. The answer is read and dropped.
 void sendClick(QNetworkAccessManager& network, const QUrl& base, const Ad& ad, Language language);

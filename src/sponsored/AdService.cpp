@@ -24,8 +24,11 @@ AdService::AdService(LocalizationManager& localization, Options options, QObject
         clock->start();
         m_options.now = [clock] { return clock->elapsed(); };
     }
-    m_loopTimer.setSingleShot(true);
-    connect(&m_loopTimer, &QTimer::timeout, this, [this] { fetch(false, [this] { scheduleNext(); }); });
+    if (!m_options.sleep) {
+        m_loopTimer.setSingleShot(true);
+        m_loopTimer.setTimerType(Qt::PreciseTimer);
+        connect(&m_loopTimer, &QTimer::timeout, this, [this] { wake(); });
+    }
     // An item in the new language at once; the connection dies with either end.
     connect(&m_localization, &LocalizationManager::currentChanged, this, [this] { fetch(true); });
 }
@@ -48,7 +51,23 @@ void AdService::start()
 void AdService::scheduleNext()
 {
     // Always 10 s to an hour, read when the sleep begins.
-    m_loopTimer.start(std::chrono::milliseconds(qint64(m_nextRefreshInterval * 1000)));
+    const std::chrono::milliseconds interval(qint64(m_nextRefreshInterval * 1000));
+    m_lastRequestAtSleep = m_lastRequest;
+    if (!m_options.sleep)
+        return m_loopTimer.start(interval);
+    QPointer<AdService> guard(this);
+    m_options.sleep(interval, [guard] {
+        if (guard)
+            guard->wake();
+    });
+}
+
+void AdService::wake()
+{
+    // A sleep of at least 10 s with no other request meanwhile is the limit
+    // kept: a timer that wakes a little early must not cost a whole interval.
+    const bool due = m_lastRequest == m_lastRequestAtSleep;
+    fetch(due, [this] { scheduleNext(); });
 }
 
 void AdService::fetch(bool force)
@@ -67,15 +86,32 @@ void AdService::fetch(bool force, std::function<void()> then)
     // Counted before the answer: a failed or forced request moves the limit too.
     m_lastRequest = at;
     QPointer<AdService> guard(this);
+    ++m_requestsInFlight;
     AdFeed::requestCurrent(*m_network, m_options.apiBase, m_localization.current(),
                            [guard, then = std::move(then)](const AdFeed::Outcome& outcome) {
                                if (!guard)
                                    return;
+                               guard->settle(outcome);
                                guard->applyOutcome(outcome);
                                if (then)
                                    then();
                                Q_EMIT guard->refreshSettled();
                            });
+}
+
+void AdService::settle(const AdFeed::Outcome& outcome)
+{
+    --m_requestsInFlight;
+    m_networkSpoiled = m_networkSpoiled || (outcome.kind == AdFeed::Outcome::Kind::transportFailure && outcome.status == 0 &&
+                                            outcome.canceled);
+    // Only a manager of our own, and only once no other request of the
+    // loop's would be cut off with it.
+    if (!m_networkSpoiled || m_options.network || m_requestsInFlight > 0)
+        return;
+    m_networkSpoiled = false;
+    QMetaObject::invokeMethod(
+        this, [this, spoiled = std::exchange(m_network, new QNetworkAccessManager(this))] { retireNetwork(spoiled); },
+        Qt::QueuedConnection);
 }
 
 void AdService::applyOutcome(const AdFeed::Outcome& outcome)

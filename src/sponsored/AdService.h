@@ -8,6 +8,7 @@
 #include <QUrl>
 #include <QVariantMap>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -42,6 +43,9 @@ public:
         QUrl apiBase = AdFeed::apiBase();
         // Milliseconds on a steady clock; QElapsedTimer's when empty.
         std::function<qint64()> now;
+        // The loop's sleep: calls back once after the given time; a
+        // single-shot timer when empty.
+        std::function<void(std::chrono::milliseconds, std::function<void()>)> sleep;
         // The manager to send on; one of the service's own when null.
         QNetworkAccessManager* network = nullptr;
     };
@@ -75,16 +79,21 @@ Q_SIGNALS:
 
 private:
     void fetch(bool force, std::function<void()> then);
+    void settle(const AdFeed::Outcome& outcome);
     void applyOutcome(const AdFeed::Outcome& outcome);
     void scheduleNext();
+    void wake();
     [[nodiscard]] qint64 now() const;
 
     LocalizationManager& m_localization;
     Options m_options;
     QNetworkAccessManager* m_network = nullptr;
+    int m_requestsInFlight = 0;
+    bool m_networkSpoiled = false; // an answer given up before its headers ended
     std::optional<Ad> m_currentAd;
     double m_nextRefreshInterval = defaultRefreshInterval;
     std::optional<qint64> m_lastRequest; // empty: long ago
+    std::optional<qint64> m_lastRequestAtSleep; // m_lastRequest when the loop began its sleep
     bool m_loopStarted = false;
     QTimer m_loopTimer;
 };

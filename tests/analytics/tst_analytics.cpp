@@ -229,6 +229,75 @@ private Q_SLOTS:
         QCOMPARE(taken, expected);
     }
 
+    void goesOnAfterAnAnswerPastALimit_data()
+    {
+        using Delivery = HttpResponse::Delivery;
+        QTest::addColumn<HttpResponse>("broken");
+        QTest::newRow("first byte too late") << HttpResponse{200, "{}", "application/json", Delivery::late, 20000};
+        QTest::newRow("header without end") << HttpResponse{200, "{}", "application/json", Delivery::endlessHeader, 1};
+        QTest::newRow("body without end") << HttpResponse{200, "{}", "application/json", Delivery::endlessBody, 0};
+        QTest::newRow("trickle") << HttpResponse{200, QByteArray(100, ' '), "application/json", Delivery::trickle, 200};
+    }
+    // Whether it counts as taken or not, a broken answer is given up and the
+    // sender goes on.
+    void goesOnAfterAnAnswerPastALimit()
+    {
+        QFETCH(HttpResponse, broken);
+        m_server.handler = [&broken](const HttpRequest&) { return std::exchange(broken, HttpResponse{204, {}}); };
+        auto options = senderOptions(QStringLiteral("limits.json"));
+        options.limits = quickLimits();
+        MeasurementProtocolSink sink(options);
+        m_server.streamed = 0;
+        logNumbered(sink, 1);
+        QTRY_COMPARE(m_server.requests.size(), 1);
+        logNumbered(sink, 1, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(m_server.requests.size(), 2, 10000);
+        QVERIFY(m_server.streamed < (32 << 20)); // the cap, and what the sockets buffer
+    }
+
+    // The queue file is ours only while it is a plain file of sane size: a link
+    // in its place is left alone and read as nothing, an oversized file is not
+    // read at all, and an oversized event in it is never sent.
+    void trustsTheQueueFileNoFurther_data()
+    {
+        const QByteArray small = "{\"name\":\"kept\",\"params\":{}}";
+        QTest::addColumn<QByteArray>("contents");
+        QTest::addColumn<bool>("linked");
+        QTest::addColumn<QStringList>("sent");
+        QTest::newRow("link to a queue") << "{\"events\":[" + small + "]}" << true << QStringList{};
+        QTest::newRow("dangling link") << QByteArray() << true << QStringList{};
+        QTest::newRow("file too large") << "{\"events\":[" + small + "],\"x\":\"" + QByteArray(5 << 20, 'x') + "\"}" << false << QStringList{};
+        QTest::newRow("event too large") << "{\"events\":[" + small + ",{\"name\":\"" + QByteArray(5000, 'n') + "\"}," + small + "]}" << false
+                                         << QStringList{QStringLiteral("kept"), QStringLiteral("kept")};
+    }
+    void trustsTheQueueFileNoFurther()
+    {
+        QFETCH(QByteArray, contents);
+        QFETCH(bool, linked);
+        QFETCH(QStringList, sent);
+        const QString queue = m_dir.filePath(QString::fromLatin1(QTest::currentDataTag()) + QStringLiteral(".json"));
+        const QString target = queue + QStringLiteral(".target");
+        QFile written(linked ? target : queue);
+        QVERIFY(contents.isEmpty() || (written.open(QIODevice::WriteOnly) && written.write(contents) == contents.size()));
+        written.close();
+        if (linked)
+            QVERIFY(QFile::link(target, queue));
+        {
+            MeasurementProtocolSink sink(senderOptions(QFileInfo(queue).fileName()));
+            sink.logEvent(QStringLiteral("new"), {});
+            QTRY_VERIFY(!m_server.requests.isEmpty());
+            QTest::qWait(100);
+        }
+        QStringList names;
+        for (const QJsonObject& event : eventsIn(m_server.requests))
+            names.append(event.value(QStringLiteral("name")).toString());
+        QCOMPARE(names, sent + QStringList{QStringLiteral("new")});
+        QCOMPARE(QFileInfo(queue).isSymLink(), linked);
+        QFile after(target);
+        if (linked) // the link's target neither made nor changed
+            QCOMPARE(after.open(QIODevice::ReadOnly) ? after.readAll() : QByteArray(), contents);
+    }
+
     void keepsTheQueueAcrossARestart()
     {
         LocalHttpServer down;

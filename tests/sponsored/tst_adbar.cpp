@@ -61,8 +61,10 @@ private Q_SLOTS:
         Analytics::configure(recorder);
         LocalHttpServer server;
         QVERIFY(server.listen());
-        // The click's answer is never read, so every request gets the item.
-        server.handler = [](const HttpRequest&) {
+        // The click's answer is never read, so every request but the banner's gets the item.
+        server.handler = [](const HttpRequest& request) {
+            if (request.target == "/endless.png")
+                return HttpResponse{200, {}, "image/png", HttpResponse::Delivery::endlessBody};
             return HttpResponse{200, "{\"ad\":{\"kind\":\"text\",\"id\":\"a9\",\"link\":\"https://example.com/go\","
                                      "\"locale\":\"en\",\"text\":\"A sponsored line\"}}"};
         };
@@ -102,10 +104,13 @@ private Q_SLOTS:
                      {QStringLiteral("ad_clicked"),
                       {{QStringLiteral("ad_id"), QStringLiteral("a9")}, {QStringLiteral("link"), QStringLiteral("https://example.com/go")}}}}));
 
-        // A banner is 128 high whether or not its image arrives; no item, no room.
+        // A banner is 128 high whether or not its image arrives, and one that
+        // never ends is given up at the image cap; no item, no room.
         ads.setCurrentAd(Ad{QStringLiteral("b"), QUrl(QStringLiteral("https://example.com")), {},
-                            {AdContent::Banner{server.url(QStringLiteral("/none.png")), 10, 10, std::nullopt}}, {}, {}});
+                            {AdContent::Banner{server.url(QStringLiteral("/endless.png")), 10, 10, std::nullopt}}, {}, {}});
         QTRY_COMPARE(bar->height(), 1 + 128.0);
+        QTRY_COMPARE_WITH_TIMEOUT(findIn(button, QStringLiteral("adBanner"))->property("status").toInt(), 3 /* Image.Error */, 15000);
+        QVERIFY(server.streamed < (32 << 20)); // the cap, and what the sockets buffer
         g_warnings.clear(); // the image that does not load says so
         ads.setCurrentAd(std::nullopt);
         QTRY_COMPARE(bar->height(), 0.0);

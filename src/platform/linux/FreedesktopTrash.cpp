@@ -1,5 +1,7 @@
 #include "platform/linux/FreedesktopTrash.h"
 
+#include "platform/OwnFile.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -14,30 +16,6 @@
 namespace tw {
 
 namespace {
-
-// Owns one descriptor.
-class Fd {
-public:
-    explicit Fd(int fd = -1) : m_fd(fd) {}
-    Fd(Fd&& other) noexcept : m_fd(other.m_fd) { other.m_fd = -1; }
-    Fd& operator=(Fd&& other) noexcept
-    {
-        std::swap(m_fd, other.m_fd);
-        return *this;
-    }
-    Fd(const Fd&) = delete;
-    Fd& operator=(const Fd&) = delete;
-    ~Fd()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    [[nodiscard]] int get() const { return m_fd; }
-    [[nodiscard]] bool valid() const { return m_fd >= 0; }
-
-private:
-    int m_fd;
-};
 
 // What a trash folder must be to be ours.
 enum class Strictness {
@@ -152,20 +130,6 @@ std::pair<TrashFolder, int> openVolumeTrash(const QByteArray& topdir)
     if (error)
         return {std::move(folder), error};
     return {std::move(folder), openParts(own, folder)};
-}
-
-bool writeAll(int fd, const QByteArray& data)
-{
-    qsizetype written = 0;
-    while (written < data.size()) {
-        const ssize_t n = ::write(fd, data.constData() + written, size_t(data.size() - written));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return false;
-        written += n;
-    }
-    return true;
 }
 
 QByteArray absolute(const QByteArray& path)

@@ -12,6 +12,10 @@ namespace {
 // Real servers send a few hundred bytes of headers and refuse more than 8 to
 // 64 KiB of them from their own clients.
 constexpr qint64 kMaxHeaderBytes = 64 * 1024;
+// Room past a body's cap for the network thread's next read, so that the read
+// which passes the cap arrives and is seen (a buffer of exactly the cap stops
+// short of it, and only the stall limit would end the wait).
+constexpr qint64 kReadAhead = 256 * 1024;
 } // namespace
 
 // The sponsored item is a few hundred bytes; 8 s to begin and between pieces
@@ -45,6 +49,10 @@ RequestLimits RequestLimits::analytics()
 void limitReply(QNetworkReply& reply, const RequestLimits& limits)
 {
     QNetworkReply* guarded = &reply;
+    // Qt's network thread reads ahead of us without bound unless told: just
+    // past the cap it stops reading, so the cap bounds memory, not only our
+    // count.
+    reply.setReadBufferSize(limits.maxBodyBytes + kReadAhead);
     auto* whole = new QTimer(guarded);
     // Waits for the headers first, then for each next piece of the body.
     auto* quiet = new QTimer(guarded);
@@ -66,6 +74,12 @@ void limitReply(QNetworkReply& reply, const RequestLimits& limits)
         if (received > limits.maxBodyBytes || total > limits.maxBodyBytes)
             return guarded->abort();
         quiet->start(limits.stall);
+    });
+    // Qt reports progress at most ten times a second and not at all once its
+    // buffer is full, so what waits unread is weighed on every arrival too.
+    QObject::connect(guarded, &QNetworkReply::readyRead, quiet, [guarded, limits] {
+        if (guarded->bytesAvailable() > limits.maxBodyBytes)
+            guarded->abort();
     });
     QObject::connect(guarded, &QNetworkReply::finished, quiet, [whole, quiet] {
         whole->stop();

@@ -110,7 +110,7 @@ void AdService::settle(const AdFeed::Outcome& outcome)
         return;
     m_networkSpoiled = false;
     QMetaObject::invokeMethod(
-        this, [this, spoiled = std::exchange(m_network, new QNetworkAccessManager(this))] { retireNetwork(spoiled); },
+        this, [spoiled = std::exchange(m_network, new QNetworkAccessManager(this))] { retireNetwork(spoiled); },
         Qt::QueuedConnection);
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
-// Property lists (XML or binary) as Qt values, through libplist: a dictionary
-// is a QVariantMap, an array a QVariantList, a string a QString, an integer
-// qint64 (or quint64 above its range), a real double, a boolean bool, data a
-// QByteArray, a date a QDateTime (UTC). Thread-safe; no state.
+// Property lists (XML or binary) as Qt values, read by the platform's own
+// reader (platform/PropertyListCodec.h): a dictionary is a QVariantMap, an
+// array a QVariantList, a string a QString, an integer qint64, a real double,
+// a boolean bool, data a QByteArray, a date a QDateTime (UTC). Thread-safe;
+// no state.
 
 #include <QByteArray>
 #include <QVariant>

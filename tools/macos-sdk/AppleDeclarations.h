@@ -49,6 +49,9 @@ extern "C" const CFAllocatorRef kCFAllocatorDefault;
 typedef const struct __attribute__((objc_bridge(NSString))) __CFString* CFStringRef;
 // corefoundation/cfurlref: toll-free bridged with NSURL
 typedef const struct __attribute__((objc_bridge(NSURL))) __CFURL* CFURLRef;
+// corefoundation/cfnumberref: toll-free bridged with NSNumber; corefoundation/boolean
+typedef const struct __attribute__((objc_bridge(NSNumber))) __CFNumber* CFNumberRef;
+typedef unsigned char Boolean;
 // corefoundation/cfdictionaryref, corefoundation/cfmutabledictionaryref
 typedef const struct __attribute__((objc_bridge(NSDictionary))) __CFDictionary* CFDictionaryRef;
 typedef struct __attribute__((objc_bridge_mutable(NSMutableDictionary))) __CFDictionary* CFMutableDictionaryRef;
@@ -60,6 +63,10 @@ CFTypeID CFGetTypeID(CFTypeRef cf);
 // corefoundation/cfdictionarygettypeid(), corefoundation/cfstringgettypeid()
 CFTypeID CFDictionaryGetTypeID(void);
 CFTypeID CFStringGetTypeID(void);
+// corefoundation/cfbooleangettypeid()
+CFTypeID CFBooleanGetTypeID(void);
+// corefoundation/cfnumberisfloattype(_:)
+Boolean CFNumberIsFloatType(CFNumberRef number);
 // corefoundation/cfdictionarygetvalue(_:_:)
 const void* CFDictionaryGetValue(CFDictionaryRef theDict, const void* key);
 }
@@ -222,6 +229,18 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 @interface NSNumber : NSObject
 @property(readonly) long long longLongValue;
 @property(readonly) BOOL boolValue;
+// foundation/nsnumber/doublevalue, foundation/nsnumber/uint64value, foundation/nsnumber/objctype
+@property(readonly) double doubleValue;
+@property(readonly) unsigned long long unsignedLongLongValue;
+@property(readonly) const char* objCType __attribute__((objc_returns_inner_pointer));
+// foundation/nsnumber/init(value:) (numberWithBool:, numberWithLongLong:, numberWithDouble:)
++ (NSNumber*)numberWithBool:(BOOL)value;
++ (NSNumber*)numberWithLongLong:(long long)value;
++ (NSNumber*)numberWithDouble:(double)value;
+@end
+
+// foundation/nsdate
+@interface NSDate : NSObject
 @end
 
 // foundation/nserror
@@ -245,6 +264,39 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 // foundation/nsdictionary: subscripts go through objectForKeyedSubscript:
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject <NSFastEnumeration>
 - (ObjectType)objectForKeyedSubscript:(KeyType)key;
+@end
+// foundation/nsmutabledictionary
+@interface NSMutableDictionary<KeyType, ObjectType> : NSDictionary<KeyType, ObjectType>
+// foundation/nsmutabledictionary/init() (the class method dictionary)
++ (instancetype)dictionary;
+// foundation/nsmutabledictionary/setobject(_:forkey:)
+- (void)setObject:(ObjectType)anObject forKey:(KeyType)aKey;
+@end
+
+// foundation/propertylistserialization/propertylistformat
+typedef NSUInteger NSPropertyListFormat;
+enum : NSPropertyListFormat {
+    NSPropertyListOpenStepFormat = 1,
+    NSPropertyListXMLFormat_v1_0 = 100,
+    NSPropertyListBinaryFormat_v1_0 = 200,
+};
+// foundation/propertylistserialization/mutabilityoptions
+typedef NSUInteger NSPropertyListMutabilityOptions;
+enum : NSPropertyListMutabilityOptions { NSPropertyListImmutable = 0 };
+typedef NSPropertyListMutabilityOptions NSPropertyListReadOptions;
+typedef NSUInteger NSPropertyListWriteOptions;
+// foundation/propertylistserialization
+@interface NSPropertyListSerialization : NSObject
+// foundation/propertylistserialization/propertylist(from:options:format:)
++ (id)propertyListWithData:(NSData*)data
+                   options:(NSPropertyListReadOptions)opt
+                    format:(NSPropertyListFormat*)format
+                     error:(out NSError* _Nullable __autoreleasing*)error;
+// foundation/propertylistserialization/data(fromPropertyList:format:options:)
++ (NSData*)dataWithPropertyList:(id)plist
+                         format:(NSPropertyListFormat)format
+                        options:(NSPropertyListWriteOptions)opt
+                          error:(out NSError* _Nullable __autoreleasing*)error;
 @end
 
 // foundation/urlresourcekey

@@ -25,6 +25,7 @@ QString freedesktopIconName(const QString& symbol)
         {"clock.arrow.circlepath", "document-open-recent-symbolic"},
         {"lock.shield.fill", "security-high-symbolic"},
         {"exclamationmark.lock.fill", "changes-prevent-symbolic"},
+        {"icloud", "weather-overcast-symbolic"},
         {"exclamationmark.triangle.fill", "dialog-warning-symbolic"},
         {"gearshape", "emblem-system-symbolic"},
         {"xmark", "window-close-symbolic"},

@@ -72,8 +72,10 @@ bool RecordReader::next(Entry& entry)
     const std::size_t room = std::size_t(m_end - m_at);
     if (room >= sizeof length)
         std::memcpy(&length, m_at, sizeof length);
-    // Every attribute is padded to 4 bytes, so a record is too.
-    if (room < sizeof length || length > room || length % 4 != 0) {
+    // Every attribute is padded to 4 bytes, so a record is too; the least
+    // a record holds is its length, the returned set and a name reference.
+    constexpr std::uint32_t kSmallest = 4 + sizeof(AttributeSet) + 8;
+    if (room < sizeof length || length > room || length < kSmallest || length % 4 != 0) {
         m_malformed = true;
         return false;
     }

@@ -61,8 +61,10 @@ private Q_SLOTS:
                                           << QList<bool>{} << true;
         QTest::newRow("count beyond the buffer") << kFile << 2 << 0 << QByteArrayList{"report.pdf"}
                                                  << QList<bool>{true} << true;
-        QTest::newRow("length not a multiple of 4") << patched(kFile, 0, le32(std::uint32_t(kFile.size() - 2))) << 1
+        QTest::newRow("length not a multiple of 4") << patched(kFile, 0, le32(std::uint32_t(kFile.size() - 1))) << 1
                                                     << 0 << QByteArrayList{} << QList<bool>{} << true;
+        QTest::newRow("length of zero") << patched(kFile, 0, le32(0)) << 1 << 0 << QByteArrayList{} << QList<bool>{}
+                                        << true;
         QTest::newRow("length shorter than its attributes") << patched(kFile, 0, le32(40)) + kFile << 2 << 0
                                                             << QByteArrayList{} << QList<bool>{} << true;
         QTest::newRow("name reference past the record") << patched(kFile, 24, le32(4000)) << 1 << 0

@@ -119,7 +119,8 @@ ListedFacts factsOf(const bulk::Entry& entry)
     static constexpr mode_t kModes[] = {0, S_IFREG, S_IFDIR, S_IFBLK, S_IFCHR, S_IFLNK, S_IFSOCK, S_IFIFO};
     struct stat& facts = out.facts;
     facts.st_mode = kModes[entry.objectType];
-    facts.st_dev = dev_t(entry.device);
+    // Taken as the unsigned 32 bits the walk keeps of a device everywhere.
+    facts.st_dev = dev_t(std::uint32_t(entry.device));
     facts.st_ino = ino_t(entry.fileId);
     facts.st_nlink = entry.objectType == bulk::kRegular ? nlink_t(entry.linkCount) : 1;
     // Allocated bytes are whole blocks; st_blocks counts 512-byte units.

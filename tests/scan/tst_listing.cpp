@@ -4,6 +4,7 @@
 // keeps in the cloud stay leaves with their local size.
 
 #include "FakeBulkLister.h"
+#include "ScratchMount.h"
 #include "TestFiles.h"
 #include "TestMain.h"
 #include "app/AppState.h"
@@ -13,8 +14,6 @@
 
 #include <QTemporaryDir>
 #include <QtTest>
-
-#include <sys/mount.h>
 
 using namespace tw;
 using namespace tw::test;
@@ -86,7 +85,7 @@ class ListingTest : public QObject {
         } else if (kind == "other mount") {
             writeFile(root + "/kept", 4096);
             makeDir(root + "/inner");
-            if (::geteuid() != 0 || ::mount("none", QByteArray(root + "/inner").constData(), "tmpfs", 0, nullptr) != 0)
+            if (!mountScratchVolume(root + "/inner"))
                 return root.clear();
             m_mounted = root + "/inner";
             writeFile(root + "/inner/hidden", 64 * 1024);
@@ -99,7 +98,7 @@ private Q_SLOTS:
     void cleanup()
     {
         if (!m_mounted.isEmpty())
-            QCOMPARE(::umount(m_mounted.constData()), 0);
+            QVERIFY(unmountScratchVolume(m_mounted));
         m_mounted.clear();
     }
 
@@ -124,7 +123,7 @@ private Q_SLOTS:
         QByteArray root = base() + "/" + kind + QByteArray::number(dropEvery);
         build(kind, root);
         if (root.isEmpty())
-            QSKIP("a nested mount needs root: the volume boundary is not exercised here");
+            QSKIP("no scratch volume could be mounted: the volume boundary is not exercised here");
         FakeBulkLister lister;
         lister.dropEvery = dropEvery;
         // Which link of a file carries its blocks depends on the order of the

@@ -109,6 +109,35 @@ private Q_SLOTS:
         QCOMPARE(reader.malformed(), malformed);
     }
 
+    // The fuzzer's seeds, written apart from this code by fuzz/make_corpus.py.
+    void fuzzSeedsRead_data()
+    {
+        QTest::addColumn<QString>("seed");
+        QTest::addColumn<int>("entries");
+        QTest::addColumn<bool>("malformed");
+        QTest::newRow("one file") << "one-file" << 1 << false;
+        QTest::newRow("file, evicted folder, failed entry") << "mixed" << 3 << false;
+        QTest::newRow("second record cut short") << "truncated" << 1 << true;
+        QTest::newRow("record of length 0") << "zero-length-record" << 0 << true;
+    }
+    void fuzzSeedsRead()
+    {
+        QFETCH(QString, seed);
+        QFETCH(int, entries);
+        QFETCH(bool, malformed);
+        QFile file(QStringLiteral(QT_TESTCASE_SOURCEDIR "/../fuzz/corpus/bulk/") + seed);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        RecordReader reader(reinterpret_cast<const unsigned char*>(bytes.constData()) + 1,
+                            std::size_t(bytes.size() - 1), std::uint8_t(bytes.at(0)));
+        Entry entry;
+        int read = 0;
+        while (reader.next(entry))
+            read += entry.complete() || entry.error != 0;
+        QCOMPARE(read, entries);
+        QCOMPARE(reader.malformed(), malformed);
+    }
+
     void datalessOutcome_data()
     {
         QTest::addColumn<bool>("folder");

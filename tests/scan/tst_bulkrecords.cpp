@@ -89,7 +89,7 @@ private Q_SLOTS:
         QFETCH(bool, malformed);
         // Only the buffer's own bytes are readable (ASan sees any read beyond).
         std::vector<unsigned char> memory(std::size_t(offset + buffer.size()));
-        std::memcpy(memory.data() + offset, buffer.constData(), std::size_t(buffer.size()));
+        std::copy(buffer.begin(), buffer.end(), memory.begin() + offset);
         RecordReader reader(memory.data() + offset, std::size_t(buffer.size()), count);
         Entry entry;
         QByteArrayList seen;

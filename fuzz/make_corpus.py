@@ -69,3 +69,22 @@ xml = plistlib.dumps(sample, fmt=plistlib.FMT_XML)
 write("plist", "xml-bom.plist", b"\xef\xbb\xbf" + xml)
 write("plist", "xml-utf16.plist",
       xml.decode("utf-8").replace('encoding="UTF-8"', 'encoding="UTF-16"').encode("utf-16"))
+
+
+# Bulk listing buffers (getattrlistbulk(2)), little-endian as on every Mac:
+# the first byte is the record count the call returned.
+def bulk_record(common, dirattr, fileattr, name, fields):
+    head = struct.pack("<IIIII", common, 0, dirattr, fileattr, 0)
+    body = struct.pack("<iI", 8 + len(fields), len(name) + 1) + fields + name + b"\0"
+    out = struct.pack("<I", 0) + head + body
+    out += b"\0" * (-len(out) % 8)
+    return struct.pack("<I", len(out)) + out[4:]
+
+
+COMMON = 0x80000000 | 0x1 | 0x2 | 0x8 | 0x40000 | 0x2000000 | 0x20000000
+regular = bulk_record(COMMON, 0, 0x1 | 0x4, b"report.pdf", struct.pack("<iIIQIIq", 7, 1, 0, 42, 0, 2, 8192))
+folder = bulk_record(COMMON, 0x8, 0, b"Photos", struct.pack("<iIIQIq", 7, 2, 0x40000000, 43, 0, 4096))
+failed = bulk_record(0x80000000 | 0x1 | 0x20000000, 0, 0, b"gone", struct.pack("<I", 13))
+write("bulk", "one-file", bytes([1]) + regular)
+write("bulk", "mixed", bytes([3]) + regular + folder + failed)
+write("bulk", "truncated", bytes([2]) + regular + folder[:20])

@@ -65,7 +65,6 @@ flags=(
     # POSIX and BSD interfaces only with _GNU_SOURCE, as Apple's show them by
     # default.
     -U__nonnull -D_GNU_SOURCE
-    -isystem "$root/tools/macos-sdk"
     -I "$root/src"
     -isystem "$qt_headers" -isystem "$qt_headers/QtCore" -isystem "$qt_headers/QtGui" -isystem "$qt_headers/QtQuick"
     -isystem "$qt_headers/QtQml" -isystem "$qt_headers/QtNetwork"
@@ -75,10 +74,12 @@ flags=(
 )
 # Per architecture: the target, and the GNU C++ and C headers of that
 # architecture in place of the SDK's.
-arm64=(-target "arm64-apple-macos$deployment" -nostdinc++
+# Apple's stand-ins come first: tools/macos-sdk/sys/ adds to some system
+# headers what macOS declares in them.
+arm64=(-target "arm64-apple-macos$deployment" -nostdinc++ -isystem "$root/tools/macos-sdk"
     -isystem "$arm_include/c++/$gcc_version" -isystem "$arm_include/c++/$gcc_version/aarch64-linux-gnu"
     -isystem "$arm_include")
-x86_64=(-target "x86_64-apple-macos$deployment" -nostdinc++
+x86_64=(-target "x86_64-apple-macos$deployment" -nostdinc++ -isystem "$root/tools/macos-sdk"
     -isystem "/usr/include/c++/$gcc_version" -isystem "/usr/include/$host_arch/c++/$gcc_version"
     -isystem "/usr/include/$host_arch")
 

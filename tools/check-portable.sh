@@ -68,6 +68,7 @@ linux_only_tests() {
                 linux[depth] = ($0 ~ /CMAKE_SYSTEM_NAME[[:space:]]+STREQUAL[[:space:]]+"Linux"/ || $0 ~ /NOT[[:space:]]+APPLE/)
                 next
             }
+            /^[[:space:]]*else(if)?[[:space:]]*\(/ { linux[depth] = 0; next }
             /^[[:space:]]*endif[[:space:]]*\(/ { depth--; next }
             {
                 inside = 0

@@ -22,6 +22,11 @@ QString unreadableText(const FileNode& node)
                : QString();
 }
 
+QString inCloudText(const FileNode& node)
+{
+    return node.isInCloud() ? LocalizationManager::shared().string(QStringLiteral("scan.inCloud.mark")) : QString();
+}
+
 TooltipText tooltipText(const FileNode& node, qint64 parentSize)
 {
     TooltipText text;
@@ -33,6 +38,7 @@ TooltipText tooltipText(const FileNode& node, qint64 parentSize)
     if (node.isDirectory())
         text.files = fileCountText(node.fileCount());
     text.unreadable = unreadableText(node);
+    text.inCloud = inCloudText(node);
     return text;
 }
 
@@ -175,11 +181,14 @@ QVariant LargestChildrenModel::data(const QModelIndex& index, int role) const
         return m_state && m_state->hovered().get() == &node;
     case UnreadableRole:
         return unreadableText(node);
+    case InCloudRole:
+        return inCloudText(node);
     case AccessibleTextRole: {
         QStringList parts{node.displayName(), data(index, SizeTextRole).toString(),
                           data(index, ShareTextRole).toString()};
-        if (const QString mark = unreadableText(node); !mark.isEmpty())
-            parts.append(mark);
+        for (const QString& mark : {unreadableText(node), inCloudText(node)})
+            if (!mark.isEmpty())
+                parts.append(mark);
         return parts.join(QStringLiteral(", "));
     }
     default:
@@ -196,6 +205,7 @@ QHash<int, QByteArray> LargestChildrenModel::roleNames() const
             {CanDrillInRole, "canDrillIn"},
             {IsHoveredRole, "isHovered"},
             {UnreadableRole, "unreadable"},
+            {InCloudRole, "inCloud"},
             {AccessibleTextRole, "accessibleText"}};
 }
 

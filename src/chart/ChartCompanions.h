@@ -20,6 +20,8 @@ class AppState;
 
 // "Could not be read" for a node whose walk could not be finished, else empty.
 [[nodiscard]] QString unreadableText(const FileNode& node);
+// "in the cloud" for a node a file provider keeps there, else empty.
+[[nodiscard]] QString inCloudText(const FileNode& node);
 
 // The tooltip's lines for a hovered node; `parentSize` is the focus's size,
 // the denominator of the share. `files` is empty for a file.
@@ -32,6 +34,8 @@ struct TooltipText {
     bool isDirectory = false;
     // "Could not be read", for a folder whose walk could not be finished; else empty.
     QString unreadable;
+    // "in the cloud", for an entry whose contents are not on this disk; else empty.
+    QString inCloud;
 };
 [[nodiscard]] TooltipText tooltipText(const FileNode& node, qint64 parentSize);
 
@@ -70,6 +74,7 @@ public:
         CanDrillInRole, // a folder with at least one child
         IsHoveredRole,
         UnreadableRole, // "Could not be read", or empty
+        InCloudRole, // "in the cloud", or empty
         AccessibleTextRole, // name, size and share, as a screen reader says the row
     };
     Q_ENUM(Role)

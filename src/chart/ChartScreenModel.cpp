@@ -134,7 +134,7 @@ QVariantMap ChartScreenModel::tooltip() const
         {QStringLiteral("name"), text.name},   {QStringLiteral("path"), text.path},
         {QStringLiteral("size"), text.size},   {QStringLiteral("share"), text.share},
         {QStringLiteral("files"), text.files}, {QStringLiteral("isDirectory"), text.isDirectory},
-        {QStringLiteral("unreadable"), text.unreadable}};
+        {QStringLiteral("unreadable"), text.unreadable}, {QStringLiteral("inCloud"), text.inCloud}};
 }
 
 ToolbarFigures ChartScreenModel::figures() const

@@ -18,7 +18,7 @@ struct Entry {
     const char* text; // UTF-8; only "%@" and "%d" as placeholders
 };
 
-inline constexpr std::size_t kKeyCount = 132;
+inline constexpr std::size_t kKeyCount = 133;
 using Table = std::array<Entry, kKeyCount>;
 
 // The source arrays, one file each, all with the same keys in the same order.

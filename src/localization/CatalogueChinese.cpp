@@ -116,6 +116,7 @@ const Table& chinese()
         {"scan.unreadable.title", "部分文件夹无法读取（%d）"},
         {"scan.unreadable.body", "显示的大小中不包含它们的内容。"},
         {"scan.unreadable.mark", "无法读取"},
+        {"scan.inCloud.mark", "在云端"},
         {"common.dismiss", "关闭"},
         {"details.unseen", "扫描未见的空间"},
         {"details.unseen.help", "该卷占用的空间多于扫描能列出的文件。其余部分已知包括："},

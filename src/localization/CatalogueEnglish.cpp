@@ -116,6 +116,7 @@ const Table& english()
         {"scan.unreadable.title", "Some folders could not be read (%d)"},
         {"scan.unreadable.body", "Their contents are missing from the sizes shown."},
         {"scan.unreadable.mark", "Could not be read"},
+        {"scan.inCloud.mark", "in the cloud"},
         {"common.dismiss", "Dismiss"},
         {"details.unseen", "Not seen by the scan"},
         {"details.unseen.help", "The volume uses more space than the files the scan could list. What is known to take up the rest:"},

@@ -117,6 +117,7 @@ const Table& german()
         {"scan.unreadable.title", "Einige Ordner konnten nicht gelesen werden (%d)"},
         {"scan.unreadable.body", "Ihr Inhalt fehlt in den angezeigten Größen."},
         {"scan.unreadable.mark", "Konnte nicht gelesen werden"},
+        {"scan.inCloud.mark", "in der Cloud"},
         {"common.dismiss", "Ausblenden"},
         {"details.unseen", "Vom Scan nicht erfasst"},
         {"details.unseen.help", "Das Volume belegt mehr Platz als die Dateien, die der Scan finden konnte. Bekannt ist über den Rest:"},

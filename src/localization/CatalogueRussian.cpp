@@ -117,6 +117,7 @@ const Table& russian()
         {"scan.unreadable.title", "Некоторые папки не удалось прочитать (%d)"},
         {"scan.unreadable.body", "Их содержимое не учтено в показанных размерах."},
         {"scan.unreadable.mark", "Не удалось прочитать"},
+        {"scan.inCloud.mark", "в облаке"},
         {"common.dismiss", "Скрыть"},
         {"details.unseen", "Не видно сканированию"},
         {"details.unseen.help", "Том занимает больше места, чем файлы, найденные сканированием. Что известно об остальном:"},

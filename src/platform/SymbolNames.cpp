@@ -8,7 +8,7 @@ namespace tw {
 QString freedesktopIconName(const QString& symbol)
 {
     // Symbolic (single-colour) icons, so that a tint gives them the symbol's colour.
-    static constexpr std::array<std::pair<const char*, const char*>, 41> kTable{{
+    static constexpr std::array<std::pair<const char*, const char*>, 42> kTable{{
         {"folder.fill", "folder-symbolic"},
         {"folder", "folder-open-symbolic"},
         {"doc.fill", "text-x-generic-symbolic"},
@@ -25,6 +25,7 @@ QString freedesktopIconName(const QString& symbol)
         {"clock.arrow.circlepath", "document-open-recent-symbolic"},
         {"lock.shield.fill", "security-high-symbolic"},
         {"exclamationmark.lock.fill", "changes-prevent-symbolic"},
+        {"icloud", "weather-overcast-symbolic"},
         {"exclamationmark.triangle.fill", "dialog-warning-symbolic"},
         {"gearshape", "emblem-system-symbolic"},
         {"xmark", "window-close-symbolic"},

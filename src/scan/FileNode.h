@@ -38,6 +38,9 @@ public:
     [[nodiscard]] bool isDirectory() const { return m_bits & kDirectory; }
     // The walk could not finish this folder; it keeps what it gathered.
     [[nodiscard]] bool isInaccessible() const { return m_bits & kInaccessible; }
+    // A file provider keeps this entry's contents in the cloud: its size is
+    // what it holds on this disk, and a folder of that kind was not listed.
+    [[nodiscard]] bool isInCloud() const { return m_bits & kInCloud; }
     [[nodiscard]] qint64 size() const { return m_size; }
     [[nodiscard]] qint64 fileCount() const { return m_fileCount; }
 
@@ -73,15 +76,17 @@ private:
     FileNode() = default;
 
     enum Bits : std::uint32_t {
+        kInCloud = 1u << 27,
         kDirectory = 1u << 28,
         kInaccessible = 1u << 29,
         kRemoved = 1u << 30,
         kRoot = 1u << 31,
-        kSlotMask = (1u << 28) - 1,
+        kSlotMask = (1u << 27) - 1, // 134 million children a folder
     };
 
     [[nodiscard]] std::uint32_t slotCount() const { return m_bits & kSlotMask; }
     void setInaccessible() { m_bits |= kInaccessible; }
+    void setInCloud() { m_bits |= kInCloud; }
     // Sorts this node's children largest first (stable) and re-points the
     // grandchildren at their parents' new places. Only while nobody holds
     // handles into this level: the walker calls it as it closes a folder.

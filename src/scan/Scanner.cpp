@@ -1,7 +1,11 @@
 #include "scan/Scanner.h"
 
+#include "platform/BulkLister.h"
+#include "platform/DatalessPolicy.h"
 #include "platform/VolumeBoundary.h"
 #include "platform/VolumeFacts.h"
+#include "scan/BulkRecords.h"
+#include "scan/Dataless.h"
 #include "scan/ScanTreeStorage.h"
 
 #include <QDir>
@@ -39,6 +43,8 @@ constexpr std::size_t kListingStride = 1024;
 // macOS refuses a descriptor limit above OPEN_MAX; Linux takes what the hard
 // limit allows.
 constexpr rlim_t kDescriptorCeiling = 10240;
+// Room for a few hundred bulk records a call; one buffer a walker.
+constexpr std::size_t kBulkBufferSize = 64 * 1024;
 
 // A deep walk keeps one descriptor open per level and per worker; when the
 // limit is reached anyway, the walk lets go of its descriptors and goes on
@@ -81,6 +87,45 @@ int activeProcessorCount()
 bool outOfDescriptors()
 {
     return errno == EMFILE || errno == ENFILE;
+}
+
+// Whether a listed child is a folder still to be entered.
+bool awaitsWalk(const FileNode& node)
+{
+    return node.isDirectory() && !node.isInaccessible() && !node.isInCloud();
+}
+
+qint64 localBytes(const struct stat& facts)
+{
+    return facts.st_blocks < 0 ? 0 : qint64(facts.st_blocks) * 512;
+}
+
+// What a bulk record says of an entry, as the stat the walk would have made.
+// Attributes that did not all come back leave it unknown: the entry is then
+// examined by fstatat.
+struct ListedFacts {
+    struct stat facts;
+    std::uint32_t flags;
+    bool known;
+};
+
+ListedFacts factsOf(const bulk::Entry& entry)
+{
+    ListedFacts out{};
+    out.flags = (entry.returned.common & bulk::kCommonFlags) ? entry.flags : 0;
+    out.known = entry.complete();
+    if (!out.known)
+        return out;
+    static constexpr mode_t kModes[] = {0, S_IFREG, S_IFDIR, S_IFBLK, S_IFCHR, S_IFLNK, S_IFSOCK, S_IFIFO};
+    struct stat& facts = out.facts;
+    facts.st_mode = kModes[entry.objectType];
+    // Taken as the unsigned 32 bits the walk keeps of a device everywhere.
+    facts.st_dev = dev_t(std::uint32_t(entry.device));
+    facts.st_ino = ino_t(entry.fileId);
+    facts.st_nlink = entry.objectType == bulk::kRegular ? nlink_t(entry.linkCount) : 1;
+    // Allocated bytes are whole blocks; st_blocks counts 512-byte units.
+    facts.st_blocks = blkcnt_t((std::max<std::int64_t>(entry.allocatedSize, 0) + 511) / 512);
+    return out;
 }
 
 } // namespace
@@ -192,11 +237,15 @@ private:
 // handed to an idle worker from any level.
 class Walker {
 public:
-    Walker(Scanner& scanner, const VolumeBoundary& boundary, WorkShare& share)
-        : m_scanner(scanner), m_boundary(boundary), m_share(share)
+    Walker(Scanner& scanner, const VolumeBoundary& boundary, WorkShare& share, const BulkLister* bulk)
+        : m_scanner(scanner), m_boundary(boundary), m_share(share), m_bulk(bulk)
     {
         m_frames.resize(kDepthLimit + 1);
         m_listings.resize(kDepthLimit + 1);
+        if (m_bulk) {
+            m_listedFacts.resize(kDepthLimit + 1);
+            m_bulkBuffer.resize(kBulkBufferSize);
+        }
     }
 
     // A root that is not a folder.
@@ -278,16 +327,21 @@ private:
         frame.fd = -1;
     }
     int parentDescriptor(int depth);
-    // Reads every name of the open folder into the arena; false if the listing failed.
-    bool readNames(DIR* dir, std::vector<const unsigned char*>& names);
+    // Reads every name of the open folder into the arena: 0, or the errno
+    // of a failed listing.
+    int readNames(DIR* dir, std::vector<const unsigned char*>& names);
+    // The same through the bulk lister, with what each record says of its entry.
+    int readRecords(int fd, std::vector<const unsigned char*>& names, std::vector<ListedFacts>& listed);
+    // A folder that could not be opened (fd -1) or listed, for `error`.
+    void markUnlisted(FileNode& node, int error, int fd);
     // Whether a listed child is left out of the tree altogether.
     bool leftOut(const struct stat& facts, std::string_view name, dev_t parentDevice) const;
     FileNode* allocateSlots(std::size_t count);
     // Examines one listed entry. Returns the node made for it in slots[index],
     // with a file already charged, or null when the entry is left out. A
     // child that cannot be examined is kept as a file that costs nothing.
-    FileNode* admitChild(int dirFd, const unsigned char* stored, FileNode& parent, FileNode* slots,
-                         std::uint32_t index, dev_t parentDevice, int depth);
+    FileNode* admitChild(int dirFd, const unsigned char* stored, const ListedFacts* listed, FileNode& parent,
+                         FileNode* slots, std::uint32_t index, dev_t parentDevice, int depth);
     void chargeFile(FileNode& node, const struct stat* facts);
     static void finishFolder(FileNode& node);
     void enterChildren(int depth);
@@ -307,6 +361,9 @@ private:
     Arena m_arena;
     std::vector<Frame> m_frames;                               // one per depth, reused
     std::vector<std::vector<const unsigned char*>> m_listings; // one per depth, reused
+    const BulkLister* m_bulk;                                  // null: readdir and fstatat
+    std::vector<std::vector<ListedFacts>> m_listedFacts;       // beside m_listings, bulk listing only
+    std::vector<unsigned char> m_bulkBuffer;
     std::vector<const FileNode*> m_chain;                      // reused to rebuild a handed-out folder's path
     std::vector<Task> m_handing;                               // reused to hand folders out
     int m_baseDepth = 0;
@@ -359,7 +416,7 @@ void Walker::runTask(const Task& task, const std::string* rootPath, bool followR
     flushCounters();
 }
 
-bool Walker::readNames(DIR* dir, std::vector<const unsigned char*>& names)
+int Walker::readNames(DIR* dir, std::vector<const unsigned char*>& names)
 {
     names.clear();
     ScanMonitor& monitor = m_scanner.m_monitor;
@@ -375,11 +432,54 @@ bool Walker::readNames(DIR* dir, std::vector<const unsigned char*>& names)
         if (names.size() % kListingStride == 0) {
             noteHeadway();
             if (monitor.isCancelled())
-                return true;
+                return 0;
         }
         errno = 0;
     }
-    return errno == 0;
+    return errno;
+}
+
+int Walker::readRecords(int fd, std::vector<const unsigned char*>& names, std::vector<ListedFacts>& listed)
+{
+    names.clear();
+    listed.clear();
+    ScanMonitor& monitor = m_scanner.m_monitor;
+    while (true) {
+        const int count = m_bulk->fill(fd, m_bulkBuffer.data(), m_bulkBuffer.size());
+        if (count <= 0)
+            return count == 0 ? 0 : (errno ? errno : EIO);
+        bulk::RecordReader reader(m_bulkBuffer.data(), m_bulkBuffer.size(), count);
+        bulk::Entry entry;
+        while (reader.next(entry)) {
+            if (entry.name == "." || entry.name == "..")
+                continue;
+            names.push_back(storeName(m_arena, entry.name.data(), entry.name.size()));
+            listed.push_back(factsOf(entry));
+            if (names.size() % kListingStride == 0) {
+                noteHeadway();
+                if (monitor.isCancelled())
+                    return 0;
+            }
+        }
+        // What follows a broken record cannot be trusted, nor can the count.
+        if (reader.malformed())
+            return EIO;
+    }
+}
+
+void Walker::markUnlisted(FileNode& node, int error, int fd)
+{
+    if (datalessOutcome(true, 0, error) != EntryOutcome::inCloud) {
+        node.setInaccessible();
+        return;
+    }
+    // Evicted by a file provider: a leaf that costs what it holds here.
+    node.setInCloud();
+    struct stat facts {};
+    if (fd >= 0 && ::fstat(fd, &facts) == 0) {
+        node.m_size = localBytes(facts);
+        m_pendingBytes += node.m_size;
+    }
 }
 
 bool Walker::leftOut(const struct stat& facts, std::string_view name, dev_t parentDevice) const
@@ -400,13 +500,22 @@ FileNode* Walker::allocateSlots(std::size_t count)
     return static_cast<FileNode*>(m_arena.allocate(count * sizeof(FileNode), alignof(FileNode)));
 }
 
-FileNode* Walker::admitChild(int dirFd, const unsigned char* stored, FileNode& parent, FileNode* slots,
-                             std::uint32_t index, dev_t parentDevice, int depth)
+FileNode* Walker::admitChild(int dirFd, const unsigned char* stored, const ListedFacts* listed, FileNode& parent,
+                             FileNode* slots, std::uint32_t index, dev_t parentDevice, int depth)
 {
     const std::string_view name = readStoredName(stored);
-    // Read only when the call succeeded.
+    // Read only when known.
     struct stat facts;
-    const bool known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
+    bool known = false;
+    std::uint32_t flags = 0;
+    if (listed) {
+        flags = listed->flags;
+        known = listed->known;
+        if (known)
+            facts = listed->facts;
+    }
+    if (!known)
+        known = ::fstatat(dirFd, name.data(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
     if (known && leftOut(facts, name, parentDevice))
         return nullptr;
     const bool isDirectory = known && S_ISDIR(facts.st_mode);
@@ -415,9 +524,16 @@ FileNode* Walker::admitChild(int dirFd, const unsigned char* stored, FileNode& p
     child->m_parent = &parent;
     child->m_bits = isDirectory ? std::uint32_t(FileNode::kDirectory) : 0u;
     ++m_nodesMade;
-    if (!isDirectory)
+    const bool inCloud = flags != 0 && datalessOutcome(isDirectory, flags, 0) == EntryOutcome::inCloud;
+    if (inCloud)
+        child->setInCloud();
+    if (!isDirectory) {
         chargeFile(*child, known ? &facts : nullptr);
-    else if (depth + 1 >= kDepthLimit)
+    } else if (inCloud) {
+        // Never listed: a leaf with what it holds on this disk.
+        child->m_size = localBytes(facts);
+        m_pendingBytes += child->m_size;
+    } else if (depth + 1 >= kDepthLimit)
         child->setInaccessible();
     else
         keepIdentity(*child, facts);
@@ -437,6 +553,8 @@ void Walker::chargeFile(FileNode& node, const struct stat* facts)
 
 void Walker::finishFolder(FileNode& node)
 {
+    if (node.isInCloud())
+        return; // a leaf, sized when it was met
     qint64 size = 0;
     qint64 files = 0;
     const FileNode* slots = node.m_children;
@@ -530,28 +648,35 @@ bool Walker::walkFolder(FileNode& node, int depth, const FileAllocationTracker::
     try {
         reportPath();
         const int fd = openFolder(node, depth, identity, openByPath, followLink);
-        frame.dir = fd < 0 ? nullptr : ::fdopendir(fd);
-        if (!frame.dir) {
+        if (fd >= 0 && m_bulk) {
+            frame.fd = fd;
+        } else if (fd >= 0) {
+            frame.dir = ::fdopendir(fd);
+            frame.fd = frame.dir ? ::dirfd(frame.dir) : -1;
+        }
+        if (frame.fd < 0) {
+            const int error = errno;
             if (fd >= 0)
                 ::close(fd);
-            node.setInaccessible();
+            markUnlisted(node, error, -1);
             return false;
         }
-        frame.fd = ::dirfd(frame.dir);
         std::vector<const unsigned char*>& names = m_listings[std::size_t(depth)];
-        if (!readNames(frame.dir, names)) {
-            node.setInaccessible();
+        std::vector<ListedFacts>* listed = m_bulk ? &m_listedFacts[std::size_t(depth)] : nullptr;
+        if (const int error = listed ? readRecords(frame.fd, names, *listed) : readNames(frame.dir, names)) {
+            markUnlisted(node, error, frame.fd);
         } else {
             FileNode* slots = frame.slots = allocateSlots(names.size());
             const std::size_t pathLength = m_path.size();
-            for (const unsigned char* stored : names) {
+            for (std::size_t i = 0; i < names.size(); ++i) {
                 if (monitor.isCancelled())
                     break;
                 if (monitor.skipRequested()) {
                     node.setInaccessible();
                     break;
                 }
-                if (!admitChild(frame.fd, stored, node, slots, frame.end, frame.device, depth))
+                if (!admitChild(frame.fd, names[i], listed ? &(*listed)[i] : nullptr, node, slots, frame.end,
+                                frame.device, depth))
                     continue;
                 ++frame.end;
                 if (frame.end % kReportEvery == 0) {
@@ -570,7 +695,7 @@ bool Walker::walkFolder(FileNode& node, int depth, const FileAllocationTracker::
         if (frame.slots && node.m_children != frame.slots)
             node.adoptChildren(frame.slots, frame.end);
         for (std::uint32_t i = frame.next; i < frame.end; ++i)
-            if (node.m_children[i].isDirectory() && !node.m_children[i].isInaccessible())
+            if (awaitsWalk(node.m_children[i]))
                 (void)takeIdentity(node.m_children[i]);
         frame.end = frame.next;
     }
@@ -598,7 +723,7 @@ void Walker::enterChildren(int depth)
     // `end` shrinks when folders of this level are handed out.
     for (; frame.next < frame.end; ++frame.next) {
         FileNode& child = node.m_children[frame.next];
-        if (!child.isDirectory() || child.isInaccessible())
+        if (!awaitsWalk(child))
             continue;
         const FileAllocationTracker::Identity identity = takeIdentity(child);
         if (!stop && (monitor.isCancelled() || monitor.skipRequested()))
@@ -628,7 +753,7 @@ void Walker::maybeShare(int depth)
         FileNode* children = frame.node->m_children;
         std::uint32_t waiting = 0;
         for (std::uint32_t i = first; i < frame.end; ++i)
-            waiting += children[i].isDirectory() && !children[i].isInaccessible();
+            waiting += awaitsWalk(children[i]);
         if (waiting == 0)
             continue;
         // Half of them, the later ones, at least one.
@@ -638,7 +763,7 @@ void Walker::maybeShare(int depth)
         std::uint32_t i = frame.end;
         while (give > 0) {
             --i;
-            if (children[i].isDirectory() && !children[i].isInaccessible()) {
+            if (awaitsWalk(children[i])) {
                 m_handing.push_back({&children[i], join, at + 1});
                 --give;
             }
@@ -768,6 +893,8 @@ std::shared_ptr<ScanTree> Scanner::scan(const QByteArray& givenPath)
     const int workers = m_options.workers ? std::max(1, *m_options.workers)
                                           : workerCount(volumes.medium(path), activeProcessorCount());
     raiseDescriptorLimit();
+    (void)keepDatalessFilesRemote(); // without it, the walk would download what it meets
+    const BulkLister* bulk = m_options.bulkLister ? *m_options.bulkLister : systemBulkLister();
 
     // A root written with a trailing slash is followed if it is a link, as
     // `du` does: the user asked for what the link points to.
@@ -789,7 +916,7 @@ std::shared_ptr<ScanTree> Scanner::scan(const QByteArray& givenPath)
     std::vector<std::unique_ptr<Walker>> walkers;
     walkers.reserve(std::size_t(workers));
     for (int i = 0; i < workers; ++i)
-        walkers.push_back(std::make_unique<Walker>(*this, boundary, share));
+        walkers.push_back(std::make_unique<Walker>(*this, boundary, share, bulk));
     m_headway = [&walkers] {
         std::uint64_t sum = 0;
         for (const auto& walker : walkers)

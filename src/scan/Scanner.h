@@ -18,6 +18,7 @@
 
 namespace tw {
 
+class BulkLister;
 class VolumeFacts;
 
 // Walks one folder or volume and builds its tree of allocated sizes. One
@@ -43,6 +44,9 @@ public:
         std::chrono::duration<double> stallThreshold = ScanMonitor::defaultStallThreshold;
         std::chrono::nanoseconds watchdogInterval = std::chrono::seconds(2);
         ScanMonitor::Now now;
+        // How folders are listed: unset, with the system's bulk listing where
+        // it has one; null, with readdir and a stat an entry.
+        std::optional<const BulkLister*> bulkLister;
     };
 
     // `progressHandler` is called on worker threads, at most every 0.08 s and

@@ -101,6 +101,7 @@ Rectangle {
                 required property string shareText
                 required property bool isHovered
                 required property string unreadable
+                required property string inCloud
                 required property string accessibleText
                 readonly property bool isCurrent: ListView.isCurrentItem && list.activeFocus
                 readonly property bool pointerInside: area.containsMouse
@@ -175,6 +176,14 @@ Rectangle {
                             }
                             Text {
                                 text: row.shareText
+                                font.pixelSize: 10
+                                color: Style.secondary
+                            }
+                            // Its contents are with a file provider, not on this disk.
+                            Text {
+                                objectName: "inCloudMark"
+                                visible: row.inCloud !== ""
+                                text: row.inCloud
                                 font.pixelSize: 10
                                 color: Style.secondary
                             }

@@ -120,5 +120,21 @@ Item {
                 color: Style.secondary
             }
         }
+        Row {
+            objectName: "tooltipInCloud"
+            visible: (tooltip.info.inCloud ?? "") !== ""
+            spacing: 4
+            SymbolIcon {
+                anchors.verticalCenter: parent.verticalCenter
+                symbol: "icloud"
+                tint: Style.secondary
+                size: 11
+            }
+            Text {
+                text: tooltip.info.inCloud ?? ""
+                font.pixelSize: 10
+                color: Style.secondary
+            }
+        }
     }
 }

@@ -1,5 +1,6 @@
 #include "uninstaller/AppDiscovery.h"
 
+#include "platform/DatalessPolicy.h"
 #include "scan/RawFiles.h"
 #include "scan/FileAllocationTracker.h"
 #include "uninstaller/Bundle.h"
@@ -132,6 +133,8 @@ std::optional<QDateTime> lastOpenedDate(const QByteArray& path)
 
 qint64 allocatedSize(const QByteArray& path)
 {
+    // An application kept in iCloud is measured, never downloaded.
+    (void)keepDatalessFilesRemote();
     FileAllocationTracker tracker;
     struct stat facts {};
     if (::lstat(path.constData(), &facts) != 0 || S_ISLNK(facts.st_mode))

@@ -1,6 +1,7 @@
 #include "uninstaller/AppRelatedFiles.h"
 
 #include "platform/CodeSignature.h"
+#include "platform/DatalessPolicy.h"
 #include "scan/RawFiles.h"
 #include "uninstaller/AppDiscovery.h"
 #include "uninstaller/Bundle.h"
@@ -359,6 +360,8 @@ std::optional<MatchReason> matchReason(const QByteArray& path, const Identity& i
 QList<RelatedFile> search(const Identity& identity, const QByteArray& home,
                           const QByteArray& systemLibrary)
 {
+    // Library folders synced by a file provider are looked at, never downloaded.
+    (void)keepDatalessFilesRemote();
     QSet<QByteArray> seen;
     QList<RelatedFile> found;
     for (const QByteArray& root : {QByteArray(home + "/Library"), systemLibrary}) {

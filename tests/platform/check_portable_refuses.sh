@@ -18,6 +18,8 @@ expect() {
     plant tests/linux/CMakeLists.txt 'tidewick_add_test_class(tst_shared SOURCES tst_shared.cpp)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     tidewick_add_test_class(tst_mounts SOURCES tst_mounts.cpp Helper.h)
+else()
+    tidewick_add_test_class(tst_elsewhere SOURCES tst_elsewhere.cpp)
 endif()'
     plant "$file" "$text"
     if out=$(bash "$check" "$tree" 2>&1); then
@@ -36,6 +38,7 @@ expect refuse bench/Start.cpp 'clock_gettime(CLOCK_BOOTTIME, &ts);' 'clock_getti
 expect refuse tests/linux/tst_shared.cpp 'run(cli, "/dev/full");' '/dev/full'
 expect refuse src/scan/Mounts.h '#include <mntent.h>' 'getmntinfo'
 expect refuse src/app/Chrome.cpp '#include "platform/macos/Window.h"' 'through the headers in src/platform/'
+expect refuse tests/linux/tst_elsewhere.cpp '::umount2(point, MNT_DETACH);' 'umount2'
 expect pass src/platform/linux/Times.cpp 'auto t = facts.st_atim.tv_sec;'
 expect pass tests/linux/tst_mounts.cpp '::umount2(point, MNT_DETACH);'
 expect pass tests/linux/Helper.h 'int fd = ::open("/proc/self/mountinfo", O_RDONLY);'

@@ -580,3 +580,69 @@ kern_return_t IOObjectRelease(io_object_t object);
 // iokit/kioserviceplane, iokit/kioregistryiteraterecursively, iokit/kioregistryiterateparents
 #define kIOServicePlane "IOService"
 enum : IOOptionBits { kIORegistryIterateRecursively = 0x00000001, kIORegistryIterateParents = 0x00000002 };
+
+// ================================================================ BSD: bulk listing and dataless files
+// A section of its own, kept apart from the framework sections above. These
+// come from manual pages, not from developer.apple.com: getattrlist(2),
+// getattrlistbulk(2), getiopolicy_np(3) (which documents setiopolicy_np) and
+// chflags(2). On a Mac they live in <sys/attr.h>, <unistd.h>, <sys/vnode.h>,
+// <sys/stat.h> and <sys/resource.h>; for the check, tools/macos-sdk/sys/
+// carries attr.h and resource.h, which lead here.
+extern "C" {
+// getattrlist(2): attrgroup_t, struct attrlist, ATTR_BIT_MAP_COUNT
+typedef uint32_t attrgroup_t;
+struct attrlist {
+    unsigned short bitmapcount; // ATTR_BIT_MAP_COUNT
+    uint16_t reserved;          // 0
+    attrgroup_t commonattr;
+    attrgroup_t volattr;
+    attrgroup_t dirattr;
+    attrgroup_t fileattr;
+    attrgroup_t forkattr;
+};
+#define ATTR_BIT_MAP_COUNT 5
+// getattrlist(2): attribute_set_t, the ATTR_CMN_RETURNED_ATTRS value
+typedef struct attribute_set {
+    attrgroup_t commonattr;
+    attrgroup_t volattr;
+    attrgroup_t dirattr;
+    attrgroup_t fileattr;
+    attrgroup_t forkattr;
+} attribute_set_t;
+// getattrlist(2): attrreference_t, the ATTR_CMN_NAME value; offset from the reference itself
+typedef struct attrreference {
+    int32_t attr_dataoffset;
+    uint32_t attr_length;
+} attrreference_t;
+// getattrlist(2): fsobj_type_t (ATTR_CMN_OBJTYPE), fsobj_id_t (ATTR_CMN_OBJID)
+typedef uint32_t fsobj_type_t;
+typedef struct fsobj_id {
+    uint32_t fid_objno;
+    uint32_t fid_generation;
+} fsobj_id_t;
+// getattrlist(2): the common, directory and file attributes the walk asks for
+#define ATTR_CMN_NAME 0x00000001
+#define ATTR_CMN_DEVID 0x00000002
+#define ATTR_CMN_OBJTYPE 0x00000008
+#define ATTR_CMN_FLAGS 0x00040000
+#define ATTR_CMN_FILEID 0x02000000
+#define ATTR_CMN_ERROR 0x20000000
+#define ATTR_CMN_RETURNED_ATTRS 0x80000000
+#define ATTR_DIR_ALLOCSIZE 0x00000008
+#define ATTR_FILE_LINKCOUNT 0x00000001
+#define ATTR_FILE_ALLOCSIZE 0x00000004
+// getattrlist(2), ATTR_CMN_OBJTYPE: the values of enum vtype in <sys/vnode.h>
+enum vtype { VNON, VREG, VDIR, VBLK, VCHR, VLNK, VSOCK, VFIFO, VBAD, VSTR, VCPLX };
+// getattrlistbulk(2), macOS 10.10 and later
+int getattrlistbulk(int dirfd, struct attrlist* attrList, void* attrBuf, size_t attrBufSize, uint64_t options)
+    TW_MACOS(10.10);
+// chflags(2): SF_DATALESS, the file is a dataless placeholder (macOS 10.15 and later)
+#define SF_DATALESS 0x40000000
+// getiopolicy_np(3): setiopolicy_np and the dataless materialisation policy (macOS 10.15 and later)
+int setiopolicy_np(int iotype, int scope, int policy) TW_MACOS(10.5);
+#define IOPOL_TYPE_VFS_MATERIALIZE_DATALESS_FILES 3
+#define IOPOL_SCOPE_PROCESS 0
+#define IOPOL_MATERIALIZE_DATALESS_FILES_DEFAULT 0
+#define IOPOL_MATERIALIZE_DATALESS_FILES_OFF 1
+#define IOPOL_MATERIALIZE_DATALESS_FILES_ON 2
+}

@@ -5,6 +5,7 @@
 // Access answer, a file manager and a process list that record what they are
 // asked; and made-up applications with their leftovers.
 
+#include "app/AppState.h"
 #include "app/DiskAccess.h"
 #include "platform/FileReveal.h"
 #include "platform/RunningApplications.h"
@@ -13,6 +14,7 @@
 #include "uninstaller/InstalledApp.h"
 
 #include <QDateTime>
+#include <QtTest>
 #include <atomic>
 #include <memory>
 #include <vector>
@@ -32,15 +34,13 @@ public:
         const qint64 now = free += freeStep;
         return VolumeInfo::Capacity{total, now, rawFree < 0 ? now : rawFree};
     }
-    VolumeInfo::Medium medium(const QByteArray&) const override
-    {
-        return VolumeInfo::Medium::unknown;
-    }
+    VolumeInfo::Medium medium(const QByteArray&) const override { return kind; }
     qint64 total = 500 * kGB;
     mutable std::atomic<qint64> free{400 * kGB};
     qint64 rawFree = -1; // below zero: the same as free
     qint64 freeStep = 0; // added to free at every read
     bool known = true;
+    VolumeInfo::Medium kind = VolumeInfo::Medium::unknown;
     mutable std::atomic<int> calls{0};
 };
 
@@ -95,6 +95,19 @@ inline RelatedFile leftover(const QByteArray& path, qint64 size, bool shared = f
     file.isShared = shared;
     file.category = category;
     return file;
+}
+
+// Scans `path` from `state` and waits for it to be shown; false if it never is.
+inline bool scanned(AppState& state, const QByteArray& path)
+{
+    state.requestScan(path);
+    return QTest::qWaitFor([&] { return state.phase() == AppState::Phase::ready; }, 20000);
+}
+
+// The shown tree's node at `path`.
+inline NodeRef nodeAt(AppState& state, const QByteArray& path)
+{
+    return state.root().sibling(state.root().tree()->find(path));
 }
 
 } // namespace tw::test

@@ -10,7 +10,10 @@
 #include <QFile>
 #include <QtTest>
 
+#include <atomic>
 #include <fcntl.h>
+#include <functional>
+#include <limits>
 #include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,7 +25,7 @@ inline void writeFile(const QByteArray& path, qint64 bytes)
 {
     const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     QVERIFY2(fd >= 0, path.constData());
-    QByteArray chunk(64 * 1024, 'x');
+    const QByteArray chunk(qsizetype(std::min<qint64>(bytes, 64 * 1024)), 'x');
     qint64 left = bytes;
     while (left > 0) {
         const auto n = ::write(fd, chunk.constData(), size_t(std::min<qint64>(left, chunk.size())));
@@ -102,12 +105,67 @@ inline QByteArray makeChain(QByteArray root, int depth, const QByteArray& name)
     return root;
 }
 
-// One walk on one worker, nothing reported on the way.
-inline std::shared_ptr<ScanTree> scanTree(const QByteArray& path)
+// One walk on `workers` workers, nothing reported on the way.
+inline std::shared_ptr<ScanTree> scanTree(const QByteArray& path, int workers = 1)
 {
     Scanner::Options options;
-    options.workers = 1;
+    options.workers = workers;
     return Scanner({}, options).scan(path);
+}
+
+// A walk cancelled at the first report for which `stop` holds.
+inline std::shared_ptr<ScanTree> scanUntil(const QByteArray& path, Scanner::Options options,
+                                           std::function<bool(const ScanProgress&)> stop)
+{
+    Scanner* self = nullptr;
+    Scanner scanner([&](const ScanProgress& p) {
+        if (stop(p))
+            self->cancel();
+    }, options);
+    self = &scanner;
+    return scanner.scan(path);
+}
+
+// A clock that moves `step` at every look, so that no report is held back.
+inline ScanMonitor::Now steppingClock(std::chrono::milliseconds step)
+{
+    auto at = std::make_shared<std::atomic<long long>>(0);
+    return [at, step] { return ScanMonitor::Clock::time_point(std::chrono::milliseconds(*at += step.count())); };
+}
+
+// The sum of what the file system allocates to each of `paths` under `root`.
+inline qint64 allocatedSum(const QByteArray& root, const QByteArrayList& paths)
+{
+    qint64 sum = 0;
+    for (const QByteArray& path : paths)
+        sum += allocatedBytes(root + '/' + path);
+    return sum;
+}
+
+// Folders compared by name, size, count and flag, to any depth.
+inline bool sameTree(const FileNode& a, const FileNode& b)
+{
+    if (a.name() != b.name() || a.size() != b.size() || a.fileCount() != b.fileCount()
+        || a.isInaccessible() != b.isInaccessible() || a.childCount() != b.childCount())
+        return false;
+    for (const FileNode& child : a.children()) {
+        const FileNode* other = childNamed(b, child.name());
+        if (!other || !sameTree(child, *other))
+            return false;
+    }
+    return true;
+}
+
+// Children largest first and pointing back at their parent, to any depth.
+inline bool sortedEverywhere(const FileNode& node)
+{
+    qint64 previous = std::numeric_limits<qint64>::max();
+    for (const FileNode& child : node.children()) {
+        if (child.size() > previous || child.parent() != &node || !sortedEverywhere(child))
+            return false;
+        previous = child.size();
+    }
+    return true;
 }
 
 } // namespace tw::test

@@ -49,15 +49,6 @@ private:
     {
         return QTest::qWaitFor([&] { return state.phase() == AppState::Phase::ready; }, 20000);
     }
-    static bool scanned(AppState& state, const QByteArray& path)
-    {
-        state.requestScan(path);
-        return waitReady(state);
-    }
-    static NodeRef node(AppState& state, const QByteArray& path)
-    {
-        return state.root().sibling(state.root().tree()->find(path));
-    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -78,15 +69,12 @@ private Q_SLOTS:
         QCOMPARE(state.progress().currentPath, QString::fromUtf8(root));
         QCOMPARE(state.progress().filesScanned, 0);
         QVERIFY(state.volumeCapacity().has_value());
-        QVERIFY(waitReady(state));
-        QVERIFY(state.root());
+        QVERIFY(waitReady(state) && state.root() && !state.hovered() && !state.needsFullDiskAccess());
         QCOMPARE(state.root()->path(), root);
         QCOMPARE(state.focus(), state.root());
-        QVERIFY(!state.hovered());
         QCOMPARE(state.root()->fileCount(), 6);
         // The capacity is read again at the end.
         QCOMPARE(state.volumeCapacity()->free, m_volumes.free.load());
-        QVERIFY(!state.needsFullDiskAccess());
         QCOMPARE(phases.count(), 2);
     }
 
@@ -118,41 +106,36 @@ private Q_SLOTS:
         const QByteArray root = sampleTree("refresh");
         AppState state(services());
         QVERIFY(scanned(state, root));
-        const auto nodeAt = [&](const QByteArray& path) { return node(state, path); };
-        const NodeRef sub = nodeAt(root + "/f1/sub");
+        const NodeRef sub = nodeAt(state, root + "/f1/sub");
         QVERIFY(state.focusOn(sub));
         const std::weak_ptr<ScanTree> oldTree = state.root().tree();
 
         state.refresh();
-        QVERIFY(state.isRefreshing());
-        QCOMPARE(state.phase(), AppState::Phase::scanning);
+        QVERIFY(state.isRefreshing() && state.phase() == AppState::Phase::scanning);
         // The old tree stays shown until the new one replaces it.
         QCOMPARE(state.focus(), sub);
-        QVERIFY(waitReady(state));
-        QVERIFY(!state.isRefreshing());
-        QVERIFY(state.root().tree() != oldTree.lock());
+        QVERIFY(waitReady(state) && !state.isRefreshing() && state.root().tree() != oldTree.lock());
         QCOMPARE(state.focus()->path(), root + "/f1/sub");
         QVERIFY(state.focus() != sub);
 
         // A second refresh while one runs does nothing: had it run, it would restore f2.
-        QVERIFY(state.focusOn(nodeAt(root + "/f0")));
+        QVERIFY(state.focusOn(nodeAt(state, root + "/f0")));
         state.refresh();
-        QVERIFY(state.focusOn(nodeAt(root + "/f2")));
+        QVERIFY(state.focusOn(nodeAt(state, root + "/f2")));
         state.refresh();
         QVERIFY(waitReady(state));
         QCOMPARE(state.focus()->path(), root + "/f0");
 
         // The focused folder gone: the root.
-        QVERIFY(state.focusOn(nodeAt(root + "/f2/sub")));
+        QVERIFY(state.focusOn(nodeAt(state, root + "/f2/sub")));
         QVERIFY(QDir(QFile::decodeName(root + "/f2/sub")).removeRecursively());
-        state.refresh();
-        QVERIFY(waitReady(state));
-        QCOMPARE(state.focus(), state.root());
-
         // An empty path to restore counts as none.
-        state.startScan(root, QByteArray());
-        QVERIFY(waitReady(state));
-        QCOMPARE(state.focus(), state.root());
+        using Rescan = std::function<void()>;
+        for (const Rescan& rescan : {Rescan([&] { state.refresh(); }), Rescan([&] { state.startScan(root, QByteArray()); })}) {
+            rescan();
+            QVERIFY(waitReady(state));
+            QCOMPARE(state.focus(), state.root());
+        }
     }
 
     void cancelAndReset()
@@ -164,28 +147,24 @@ private Q_SLOTS:
         state.cancelScan();
         QCOMPARE(state.phase(), AppState::Phase::welcome);
         QTest::qWait(300);
-        QCOMPARE(state.phase(), AppState::Phase::welcome);
-        QVERIFY(!state.root());
+        QVERIFY(state.phase() == AppState::Phase::welcome && !state.root());
 
         // Cancelling a refresh keeps the old tree, unshown.
         QVERIFY(scanned(state, root));
         NodeRef shown = state.root();
         state.refresh();
         state.cancelScan();
-        QVERIFY(!state.isRefreshing());
-        QCOMPARE(state.phase(), AppState::Phase::welcome);
+        QVERIFY(!state.isRefreshing() && state.phase() == AppState::Phase::welcome);
         QTest::qWait(300);
         QCOMPARE(state.root(), shown);
         QVERIFY(state.volumeCapacity().has_value());
 
         // Reset forgets the tree and frees it.
         std::weak_ptr<ScanTree> tree = shown.tree();
-        NodeRef held = node(state, root + "/f0");
+        NodeRef held = nodeAt(state, root + "/f0");
         shown = NodeRef();
         state.resetToWelcome();
-        QVERIFY(!state.root() && !state.focus() && !state.hovered());
-        QVERIFY(!state.volumeCapacity());
-        QVERIFY(!state.rootURL());
+        QVERIFY(!state.root() && !state.focus() && !state.hovered() && !state.volumeCapacity() && !state.rootURL());
         // Whoever still holds a node keeps its tree alive; the last one frees it.
         QVERIFY(!tree.expired());
         QCOMPARE(held->path(), root + "/f0");
@@ -207,11 +186,9 @@ private Q_SLOTS:
         QCOMPARE(prompt.count(), 1);
 
         state.continueWithoutFullDiskAccess();
-        QVERIFY(!state.fdaPromptForURL());
-        QCOMPARE(state.phase(), AppState::Phase::scanning);
-        QVERIFY(waitReady(state));
+        QVERIFY(!state.fdaPromptForURL() && state.phase() == AppState::Phase::scanning);
         // Nothing was closed, so no notice even without the grant.
-        QVERIFY(!state.needsFullDiskAccess());
+        QVERIFY(waitReady(state) && !state.needsFullDiskAccess());
 
         // With nothing waiting, continuing does nothing.
         state.continueWithoutFullDiskAccess();
@@ -220,8 +197,7 @@ private Q_SLOTS:
         // With the grant, no prompt.
         m_access.granted = true;
         state.requestScan(root);
-        QVERIFY(!state.fdaPromptForURL());
-        QVERIFY(waitReady(state));
+        QVERIFY(!state.fdaPromptForURL() && waitReady(state));
     }
 
     void noticeOnlyWhenSomethingWasMissed()
@@ -232,29 +208,21 @@ private Q_SLOTS:
         AppState state(services());
         QVERIFY(scanned(state, root));
         QCOMPARE(state.inaccessibleCount(), 1);
-        QVERIFY(state.needsFullDiskAccess());
-        QVERIFY(!state.showsUnreadableNotice());
-
+        QVERIFY(state.needsFullDiskAccess() && !state.showsUnreadableNotice());
         // With the grant (or where there is none to give): the plain notice.
         m_access.granted = true;
-        QVERIFY(scanned(state, root));
-        QVERIFY(!state.needsFullDiskAccess());
-        QVERIFY(state.showsUnreadableNotice());
+        QVERIFY(scanned(state, root) && !state.needsFullDiskAccess() && state.showsUnreadableNotice());
     }
 
     void badRootsEndReadyWithAnEmptyRoot()
     {
         AppState state(services(2));
-        QVERIFY(scanned(state, base() + "/does/not/exist"));
-        QVERIFY(state.root());
-        QVERIFY(!state.root()->hasChildren());
-        QVERIFY(state.root()->isInaccessible());
-
+        QVERIFY(scanned(state, base() + "/does/not/exist") && state.root());
+        QVERIFY(!state.root()->hasChildren() && state.root()->isInaccessible());
         const QByteArray link = base() + "/rootlink";
         QCOMPARE(::symlink(m_dir.path().toUtf8().constData(), link.constData()), 0);
         QVERIFY(scanned(state, link));
-        QVERIFY(!state.root()->hasChildren());
-        QVERIFY(!state.root()->isInaccessible());
+        QVERIFY(!state.root()->hasChildren() && !state.root()->isInaccessible());
     }
 
     void guardedFocusChange()
@@ -265,16 +233,13 @@ private Q_SLOTS:
         QVERIFY(scanned(state, root));
         QSignalSpy focusMoves(&state, &AppState::focusChanged);
         // A file, or a folder without children, cannot be focused.
-        QVERIFY(!state.focusOn(node(state, root + "/file")));
-        QVERIFY(!state.focusOn(node(state, root + "/empty")));
-        QVERIFY(!state.focusOn({}));
+        QVERIFY(!state.focusOn(nodeAt(state, root + "/file")) && !state.focusOn(nodeAt(state, root + "/empty")));
+        QVERIFY(!state.focusOn({}) && !state.goUp());
         QCOMPARE(focusMoves.count(), 0);
-        QVERIFY(!state.goUp());
 
-        const NodeRef sub = node(state, root + "/f0/sub");
+        const NodeRef sub = nodeAt(state, root + "/f0/sub");
         state.setHovered(sub);
-        QVERIFY(state.focusOn(node(state, root + "/f0")));
-        QVERIFY(state.focusOn(sub));
+        QVERIFY(state.focusOn(nodeAt(state, root + "/f0")) && state.focusOn(sub));
         QVERIFY(!state.hovered()); // the old view's hover goes with it
         QVERIFY(state.goUp());
         QCOMPARE(state.focus()->path(), root + "/f0");
@@ -303,12 +268,9 @@ private Q_SLOTS:
         QVERIFY(scanned(state, root));
         QSignalSpy finished(&state, &AppState::deletionFinished);
         {
-            const NodeRef f0 = node(state, root + "/f0");
-            const NodeRef data = node(state, root + "/f0/sub/data");
-            const NodeRef sub = node(state, root + "/f0/sub");
-            const qint64 rootBefore = state.root()->size();
-            const qint64 f0Before = f0->size();
-            const qint64 dataSize = data->size();
+            const NodeRef f0 = nodeAt(state, root + "/f0"), sub = nodeAt(state, root + "/f0/sub");
+            const NodeRef data = nodeAt(state, root + "/f0/sub/data");
+            const qint64 rootBefore = state.root()->size(), f0Before = f0->size(), dataSize = data->size();
             const qint64 filesBefore = state.root()->fileCount();
             QVERIFY(state.focusOn(sub));
             state.setHovered(data);
@@ -318,15 +280,12 @@ private Q_SLOTS:
             state.setDeleteCandidate(data);
             state.confirmDelete();
             QVERIFY(!state.hasDeleteCandidate());
-            QVERIFY(finished.wait(5000));
-            QVERIFY(finished.first().first().toBool());
-            QVERIFY(offGuiThread);
+            QVERIFY(finished.wait(5000) && finished.first().first().toBool() && offGuiThread);
             QCOMPARE(redraws.count(), 1);
             QCOMPARE(state.root()->size(), rootBefore - dataSize);
             QCOMPARE(f0->size(), f0Before - dataSize);
             QCOMPARE(state.root()->fileCount(), filesBefore - 1);
-            QVERIFY(!state.hovered());
-            QVERIFY(QFile::exists(QFile::decodeName(bin + "/data")));
+            QVERIFY(!state.hovered() && QFile::exists(QFile::decodeName(bin + "/data")));
 
             // Deleting the focused folder moves the focus to its parent.
             state.setDeleteCandidate(sub);
@@ -336,14 +295,13 @@ private Q_SLOTS:
             QCOMPARE(state.phase(), AppState::Phase::ready);
 
             // A failure changes nothing and shows the error.
-            const NodeRef x = node(state, root + "/f1/x");
+            const NodeRef x = nodeAt(state, root + "/f1/x");
             const qint64 beforeFailure = state.root()->size();
             const QByteArray away = base() + "/delete-away";
             QCOMPARE(::rename(x->path().constData(), away.constData()), 0);
             state.setDeleteCandidate(x);
             state.confirmDelete();
-            QVERIFY(finished.wait(5000));
-            QVERIFY(!finished.last().first().toBool());
+            QVERIFY(finished.wait(5000) && !finished.last().first().toBool());
             QCOMPARE(state.errorMessage(), QStringLiteral("No such file or directory"));
             QCOMPARE(state.root()->size(), beforeFailure);
             state.clearErrorMessage();
@@ -356,9 +314,7 @@ private Q_SLOTS:
         state.confirmDelete();
         QVERIFY(finished.wait(5000));
         QCOMPARE(state.phase(), AppState::Phase::welcome);
-        QVERIFY(!state.hasTree());
-        QVERIFY(!state.focus());
-        QVERIFY(held.expired());
+        QVERIFY(!state.hasTree() && !state.focus() && held.expired());
         QVERIFY(QFile::exists(QFile::decodeName(bin + "/delete")));
     }
 
@@ -370,7 +326,7 @@ private Q_SLOTS:
         m_reveal.revealed.clear();
         state.reveal({});
         QVERIFY(m_reveal.revealed.isEmpty());
-        state.reveal(node(state, root + "/f1/x"));
+        state.reveal(nodeAt(state, root + "/f1/x"));
         QCOMPARE(m_reveal.revealed, QList<QByteArray>{root + "/f1/x"});
     }
 

@@ -119,35 +119,29 @@ private Q_SLOTS:
         state.loadApps();
         state.loadApps(); // a second call while loading does nothing
         QVERIFY(state.appsLoading());
-        QVERIFY(loaded(state));
-        QVERIFY(!state.appsLoading());
+        QVERIFY(loaded(state) && !state.appsLoading());
         QCOMPARE(listed.count(), 1);
         QVERIFY(sized(state, 1000));
         QCOMPARE(m_discoveries.load(), 1);
-        QVERIFY(m_sizingMost.load() <= 4);
-        QVERIFY(m_sizingMost.load() >= 2);
+        QVERIFY(m_sizingMost.load() <= 4 && m_sizingMost.load() >= 2);
         // The top rows are measured first: the first four started are rows 0-3.
         QList<QByteArray> firstFour = m_sizingOrder.mid(0, 4);
         std::sort(firstFour.begin(), firstFour.end());
-        for (int i = 0; i < 4; ++i)
-            QCOMPARE(firstFour[i], state.apps()[i]->url());
+        QCOMPARE(firstFour, (QList<QByteArray>{state.apps()[0]->url(), state.apps()[1]->url(), state.apps()[2]->url(),
+                                               state.apps()[3]->url()}));
     }
 
     void reloadDropsTheOldListAndItsLateSizes()
     {
         AppState state(services(12));
-        state.loadApps();
-        QVERIFY(loaded(state));
+        QVERIFY(firstLoaded(state));
         QVERIFY(QTest::qWaitFor([&] { return state.apps().first()->bundleSize() > 0; }, 5000));
         const QPointer<InstalledApp> old = state.apps().first();
         state.reloadApps();
         QCOMPARE(state.appCount(), 0);
-        QVERIFY(state.appsLoading());
-        QVERIFY(loaded(state));
-        QVERIFY(!state.apps().contains(old.data()));
+        QVERIFY(state.appsLoading() && loaded(state) && !state.apps().contains(old.data()));
         // Sizes of the first list that arrive late land nowhere in the second.
-        QVERIFY(sized(state, 2000));
-        QVERIFY(m_sizingMost.load() <= 4);
+        QVERIFY(sized(state, 2000) && m_sizingMost.load() <= 4);
         QTRY_VERIFY(old.isNull());
     }
 
@@ -155,8 +149,7 @@ private Q_SLOTS:
     {
         AppState state(services(2));
         InstalledApp* app = firstLoaded(state);
-        QVERIFY(app);
-        QVERIFY(related(state, app));
+        QVERIFY(app && related(state, app));
         state.loadRelatedIfNeeded(app);
         QTest::qWait(30);
         QCOMPARE(m_searches.load(), 1);
@@ -172,7 +165,7 @@ private Q_SLOTS:
         state.confirmUninstall({app->url()}); // leftovers not known yet
         QCOMPARE(state.uninstallCandidate(), app);
         QVERIFY(related(state, app));
-        m_running.running = true;
+        m_running.running = true; // nor while the application runs
         state.confirmUninstall({app->url()});
         QCOMPARE(state.uninstallCandidate(), app);
         QVERIFY(m_batches.isEmpty());
@@ -188,26 +181,22 @@ private Q_SLOTS:
         QCOMPARE(state.appCount(), 1);
         QCOMPARE(uninstalled.count(), 1);
         QCOMPARE(uninstalled.first().first().toString(), QStringLiteral("com.test.App00"));
-        QVERIFY(state.errorMessage().isEmpty());
-        QVERIFY(!state.permissionPrompt());
+        QVERIFY(state.errorMessage().isEmpty() && !state.permissionPrompt());
     }
 
     void refusedBundleWithLeftoversGoneAsksForAppManagement()
     {
         AppState state(services(2));
         InstalledApp* app = firstLoaded(state);
-        QVERIFY(app);
-        QVERIFY(related(state, app));
+        QVERIFY(app && related(state, app));
         const QByteArray cache = app->related().first().url;
         QSignalSpy uninstalled(&state, &AppState::appUninstalled);
         state.applyUninstallResult(app, app->url(),
                                    {{cache}, {{app->url(), QStringLiteral("Operation not permitted")}}});
         QCOMPARE(app->related().size(), 1);
-        QVERIFY(app->related().first().url != cache);
-        QVERIFY(state.apps().contains(app));
+        QVERIFY(app->related().first().url != cache && state.apps().contains(app));
         QCOMPARE(uninstalled.count(), 0);
-        QVERIFY(state.permissionPrompt());
-        QVERIFY(state.permissionPrompt()->needsAppManagement);
+        QVERIFY(state.permissionPrompt() && state.permissionPrompt()->needsAppManagement);
         QVERIFY(!state.permissionPrompt()->needsFullDiskAccess);
         QCOMPARE(state.permissionPrompt()->succeededCount, 1);
         QCOMPARE(state.permissionPrompt()->failedPaths, QStringList{QString::fromUtf8(app->url())});
@@ -217,8 +206,7 @@ private Q_SLOTS:
         const QUuid first = state.permissionPrompt()->id;
         const QByteArray library = QFile::encodeName(QDir::homePath()) + "/Library/Containers/x";
         state.applyUninstallResult(app, app->url(), {{}, {{library, QStringLiteral("Permission denied")}}});
-        QVERIFY(state.permissionPrompt()->id != first);
-        QVERIFY(!state.permissionPrompt()->needsAppManagement);
+        QVERIFY(state.permissionPrompt()->id != first && !state.permissionPrompt()->needsAppManagement);
         QVERIFY(state.permissionPrompt()->needsFullDiskAccess);
         state.dismissPermissionPrompt();
         QVERIFY(!state.permissionPrompt());
@@ -231,17 +219,15 @@ private Q_SLOTS:
         QVERIFY(app);
         state.applyUninstallResult(app, app->url(),
                                    {{"/x/a"}, {{"/Users/u/Desktop/Thing.app", QStringLiteral("Disk full")}}});
-        QVERIFY(!state.permissionPrompt());
+        QVERIFY(!state.permissionPrompt() && state.errorMessage().contains(QLatin1Char('1')));
         QVERIFY(state.errorMessage().contains(QStringLiteral("• Thing.app: Disk full")));
-        QVERIFY(state.errorMessage().contains(QLatin1Char('1')));
         state.clearErrorMessage();
 
         state.applyUninstallResult(app, app->url(),
                                    {{},
                                     {{"/Users/u/Desktop/Thing.app", QStringLiteral("Disk full")},
                                      {"/Users/u/Desktop/Other", QStringLiteral("Operation not permitted")}}});
-        QVERIFY(state.errorMessage().isEmpty());
-        QVERIFY(state.permissionPrompt());
+        QVERIFY(state.errorMessage().isEmpty() && state.permissionPrompt());
         // Neither prefix: the prompt opens with both cards off.
         QVERIFY(!state.permissionPrompt()->needsAppManagement && !state.permissionPrompt()->needsFullDiskAccess);
         QCOMPARE(state.permissionPrompt()->failedPaths, QStringList{QStringLiteral("/Users/u/Desktop/Other")});

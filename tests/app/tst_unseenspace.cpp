@@ -2,6 +2,7 @@
 // AppState's figure and the details panel's texts with made-up volume facts.
 // The command line's figures on a real volume are in the Linux mount tests.
 
+#include "FakePlatform.h"
 #include "TestMain.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
@@ -59,10 +60,7 @@ private Q_SLOTS:
     void figureFollowsTheRootOfAMountPoint()
     {
         LocalizationManager::shared().setCurrent(Language::english);
-        const QByteArray root = QFile::encodeName(m_dir.path()) + "/volume";
-        makeDir(root);
-        makeDir(root + "/folder");
-        writeFile(root + "/folder/data", 2 * kMB);
+        const QByteArray root = makeTree(QFile::encodeName(m_dir.path()) + "/volume", {{"folder/data", 2 * kMB}});
         FakeMount mount;
         ThreeSnapshots tool;
         AppState::Services services;
@@ -73,21 +71,15 @@ private Q_SLOTS:
         model.setState(&state);
 
         // A folder that is not its volume's mount point has no figure.
-        state.requestScan(root + "/folder");
-        QTRY_COMPARE(state.phase(), AppState::Phase::ready);
-        QVERIFY(!state.unseenSpace());
-        QVERIFY(!model.shown());
+        QVERIFY(scanned(state, root + "/folder") && !state.unseenSpace() && !model.shown());
 
         mount.mountPoint = root;
-        state.requestScan(root);
-        QTRY_COMPARE(state.phase(), AppState::Phase::ready);
-        QVERIFY(state.unseenSpace());
+        QVERIFY(scanned(state, root) && state.unseenSpace() && model.shown());
         const UnseenSpace& unseen = *state.unseenSpace();
         QCOMPARE(unseen.bytes, 50 * kMB - state.root()->size());
         QCOMPARE(unseen.localSnapshots, 3);
         QCOMPARE(unseen.purgeable, std::optional<qint64>(8 * kMB));
         QCOMPARE(unseen.otherBytes(), unseen.bytes - 8 * kMB);
-        QVERIFY(model.shown());
         QCOMPARE(model.sizeText(), formatBytes(unseen.bytes));
         const QStringList help = model.helpText().split(u'\n');
         QCOMPARE(help, (QStringList{
@@ -98,13 +90,10 @@ private Q_SLOTS:
                        }));
 
         // Only while the root is focused; gone with the tree.
-        QVERIFY(state.focusOn(state.root().sibling(&*state.root()->children().begin())));
-        QVERIFY(!model.shown());
-        QVERIFY(state.goUp());
-        QVERIFY(model.shown());
+        QVERIFY(state.focusOn(nodeAt(state, root + "/folder")) && !model.shown());
+        QVERIFY(state.goUp() && model.shown());
         state.resetToWelcome();
-        QVERIFY(!state.unseenSpace());
-        QVERIFY(!model.shown());
+        QVERIFY(!state.unseenSpace() && !model.shown());
     }
 };
 

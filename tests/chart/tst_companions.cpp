@@ -1,6 +1,7 @@
 // The chart's companions: the details rows and their hover rule, the
 // tooltip's texts and the breadcrumb, driven through AppState.
 
+#include "FakePlatform.h"
 #include "TestMain.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
@@ -27,11 +28,6 @@ private:
         AppState::Services services;
         services.scannerOptions.workers = 1;
         return services;
-    }
-    static bool scanned(AppState& state, const QByteArray& path)
-    {
-        state.requestScan(path);
-        return QTest::qWaitFor([&] { return state.phase() == AppState::Phase::ready; }, 20000);
     }
 
 private Q_SLOTS:
@@ -65,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(role(movieRow, LargestChildrenModel::SizeTextRole).toString(), formatBytes(movie->size()));
 
         // Forty children: twelve rows, and they follow the focus.
-        QVERIFY(state.focusOn(state.root().sibling(state.root().tree()->find(base() + "/tree/many"))));
+        QVERIFY(state.focusOn(nodeAt(state, base() + "/tree/many")));
         QCOMPARE(model.rowCount(), LargestChildrenModel::kMaximumRows);
         QCOMPARE(role(0, LargestChildrenModel::NameRole).toString(), QStringLiteral("f39"));
         QCOMPARE(role(11, LargestChildrenModel::NameRole).toString(), QStringLiteral("f28"));
@@ -84,9 +80,8 @@ private Q_SLOTS:
         model.enter(1);
         model.leave(0);
         QCOMPARE(state.hovered(), model.nodeAt(1));
-        QVERIFY(model.data(model.index(1), LargestChildrenModel::IsHoveredRole).toBool());
-        QVERIFY(!model.data(model.index(0), LargestChildrenModel::IsHoveredRole).toBool());
-        QVERIFY(changes.count() >= 2);
+        const auto lit = [&](int row) { return model.data(model.index(row), LargestChildrenModel::IsHoveredRole).toBool(); };
+        QVERIFY(lit(1) && !lit(0) && changes.count() >= 2);
         model.leave(1);
         QVERIFY(!state.hovered());
 
@@ -100,7 +95,7 @@ private Q_SLOTS:
                 QCOMPARE(state.focus(), state.root());
             }
         }
-        const NodeRef docs = state.root().sibling(state.root().tree()->find(base() + "/tree/docs"));
+        const NodeRef docs = nodeAt(state, base() + "/tree/docs");
         for (int row = 0; row < model.rowCount(); ++row)
             if (model.nodeAt(row) == docs)
                 QVERIFY(model.drillIn(row));
@@ -117,10 +112,8 @@ private Q_SLOTS:
         const FileNode* report = tree.find(base() + "/tree/docs/report");
 
         const TooltipText folder = tooltipText(*docs, docs->size());
-        QCOMPARE(folder.name, QStringLiteral("docs"));
-        QCOMPARE(folder.path, QString::fromUtf8(base() + "/tree/docs"));
-        QCOMPARE(folder.share, QStringLiteral("100%"));
-        QCOMPARE(folder.files, QStringLiteral("1 file"));
+        QCOMPARE(QStringList({folder.name, folder.path, folder.share, folder.files}),
+                 QStringList({"docs", QString::fromUtf8(base() + "/tree/docs"), "100%", "1 file"}));
         const TooltipText file = tooltipText(*report, 0);
         QVERIFY(file.files.isEmpty()); // a file's card has one line fewer
         QCOMPARE(file.share, QStringLiteral("0%"));
@@ -139,21 +132,14 @@ private Q_SLOTS:
         QCOMPARE(atRoot.size(), size_t(1));
         QCOMPARE(breadcrumbLabel(*atRoot[0]), QStringLiteral("tree"));
         FileNode* report = state.root().tree()->find(base() + "/tree/docs/report");
-        const std::vector<FileNode*> path = breadcrumbPath(report);
-        QCOMPARE(path.size(), size_t(3));
-        QCOMPARE(path.front(), state.root().get());
-        QCOMPARE(breadcrumbLabel(*path[1]), QStringLiteral("docs"));
-        QCOMPARE(path.back(), report);
+        QCOMPARE(breadcrumbPath(report), (std::vector<FileNode*>{state.root().get(), report->parent(), report}));
+        QCOMPARE(breadcrumbLabel(*report->parent()), QStringLiteral("docs"));
         QVERIFY(breadcrumbPath(nullptr).empty());
 
         // The root of the file system is labelled "/".
         Scanner::Options options;
         options.workers = 1;
-        Scanner* self = nullptr;
-        Scanner scanner([&self](const ScanProgress&) { self->cancel(); }, options);
-        self = &scanner;
-        const auto slash = scanner.scan("/");
-        QCOMPARE(breadcrumbLabel(*slash->root()), QStringLiteral("/"));
+        QCOMPARE(breadcrumbLabel(*scanUntil("/", options, [](const ScanProgress&) { return true; })->root()), QStringLiteral("/"));
     }
 
     void breadcrumbGivesWayFromTheMiddle()

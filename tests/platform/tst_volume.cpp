@@ -57,28 +57,22 @@ private Q_SLOTS:
 
     void mediumTypeTexts()
     {
-        QCOMPARE(VolumeInfo::mediumFromType(u"Solid State"), Medium::solidState);
-        QCOMPARE(VolumeInfo::mediumFromType(u"Rotational"), Medium::rotational);
-        QCOMPARE(VolumeInfo::mediumFromType(u"solid state"), Medium::unknown);
-        QCOMPARE(VolumeInfo::mediumFromType(u""), Medium::unknown);
+        for (const auto& [type, medium] : {std::pair{u"Solid State", Medium::solidState}, {u"Rotational", Medium::rotational},
+                                           {u"solid state", Medium::unknown}, {u"", Medium::unknown}})
+            QCOMPARE(VolumeInfo::mediumFromType(type), medium);
         QCOMPARE(VolumeInfo::toText(Medium::network), QStringLiteral("network"));
     }
 
     void sysfsWholeDisksAndPartitions()
     {
         QVERIFY(m_dir.isValid());
-        const QByteArray ssd = makeDisk("nvme", "0", true);
-        QCOMPARE(linuxvolume::mediumFromSysfs(ssd, 8, 0), Medium::solidState);
-        // A partition asks its disk.
-        QCOMPARE(linuxvolume::mediumFromSysfs(ssd, 8, 1), Medium::solidState);
-        const QByteArray hdd = makeDisk("sda", "1", true);
-        QCOMPARE(linuxvolume::mediumFromSysfs(hdd, 8, 1), Medium::rotational);
-        QCOMPARE(linuxvolume::mediumFromSysfs(hdd, 8, 0), Medium::rotational);
-        // Nothing to read, or no such device: unknown.
-        const QByteArray silent = makeDisk("vdb", "", false);
-        QCOMPARE(linuxvolume::mediumFromSysfs(silent, 8, 0), Medium::unknown);
-        QCOMPARE(linuxvolume::mediumFromSysfs(hdd, 8, 7), Medium::unknown);
-        QCOMPARE(linuxvolume::mediumFromSysfs("/nonexistent", 8, 0), Medium::unknown);
+        const QByteArray ssd = makeDisk("nvme", "0", true), hdd = makeDisk("sda", "1", true);
+        // A partition (8:1) asks its disk; nothing to read, or no such device: unknown.
+        for (const auto& [sys, minor, medium] :
+             {std::tuple{ssd, 0, Medium::solidState}, {ssd, 1, Medium::solidState}, {hdd, 1, Medium::rotational},
+              {hdd, 0, Medium::rotational}, {makeDisk("vdb", "", false), 0, Medium::unknown}, {hdd, 7, Medium::unknown},
+              {QByteArray("/nonexistent"), 0, Medium::unknown}})
+            QCOMPARE(linuxvolume::mediumFromSysfs(sys, 8, minor), medium);
     }
 
     void networkTypes()
@@ -117,8 +111,7 @@ private Q_SLOTS:
         QCOMPARE(::statvfs(here.constData(), &facts), 0);
         QCOMPARE(capacity->total, qint64(facts.f_blocks) * qint64(facts.f_frsize));
         QCOMPARE(capacity->free, capacity->rawFree);
-        QVERIFY(capacity->free >= 0 && capacity->free <= capacity->total);
-        QVERIFY(!VolumeInfo::capacity("/no/such/folder/anywhere"));
+        QVERIFY(capacity->free >= 0 && capacity->free <= capacity->total && !VolumeInfo::capacity("/no/such/folder"));
         // Any answer will do on an unknown machine, but it must not be network for a temp folder.
         QVERIFY(VolumeInfo::medium(here) != Medium::network);
         QCOMPARE(VolumeInfo::medium("/no/such/folder"), Medium::unknown);
@@ -153,8 +146,7 @@ private Q_SLOTS:
             QVERIFY(boundary.contains("/", system, "mystery", stick, true));
             // Entries on their folder's device are never asked about.
             const auto before = asked->size();
-            QVERIFY(boundary.contains("/Users", data, "me", data, true));
-            QVERIFY(boundary.contains("/", system, "etc", system, true));
+            QVERIFY(boundary.contains("/Users", data, "me", data, true) && boundary.contains("/", system, "etc", system, true));
             QCOMPARE(asked->size(), before);
         }
 

@@ -79,22 +79,26 @@ class FreedesktopTrashTest : public QObject {
 
 private:
     QTemporaryDir m_dir;
+    // A home Trash on a file system apart from the test's folder (tmpfs), so
+    // that the test's folders count as other mounts.
+    QTemporaryDir m_shm{QStringLiteral("/dev/shm/tidewick-XXXXXX")};
+    bool m_apart = false;
+    const QByteArray m_uid = QByteArray::number(::getuid());
     QByteArray base() const { return QFile::encodeName(m_dir.path()); }
-    // Whether `other` lies on a file system apart from the test's folder.
-    bool onAnotherFileSystem(const QTemporaryDir& other) const
-    {
-        struct stat ours {
-        }, theirs{};
-        return other.isValid() && ::stat(base().constData(), &ours) == 0 &&
-               ::stat(QFile::encodeName(other.path()).constData(), &theirs) == 0 &&
-               theirs.st_dev != ours.st_dev;
-    }
+    QByteArray shm() const { return QFile::encodeName(m_shm.path()); }
 
 private Q_SLOTS:
     void initTestCase()
     {
         QStandardPaths::setTestModeEnabled(true);
         LocalizationManager::shared().setCurrent(Language::english);
+        struct stat ours {}, theirs{};
+        m_apart = m_shm.isValid() && ::stat(base().constData(), &ours) == 0
+            && ::stat(shm().constData(), &theirs) == 0 && theirs.st_dev != ours.st_dev;
+        // What a planted link may point at: another folder, or a sticky one.
+        makeDir(base() + "/vol-elsewhere");
+        makeDir(base() + "/vol-sticky");
+        QVERIFY(::chmod(QByteArray(base() + "/vol-sticky").constData(), 01777) == 0);
     }
     // QTemporaryDir cannot remove names that are not UTF-8.
     void cleanupTestCase() { removeTree(base()); }
@@ -105,8 +109,6 @@ private Q_SLOTS:
         // /bin/sh as the current user.
         const QByteArray home = base() + "/home-script";
         const QByteArray work = base() + "/work-script";
-        makeDir(home);
-        makeDir(work);
         const QByteArray trash = home + "/.local/share/Trash";
         PkexecRunner runner({}, trash);
 
@@ -119,26 +121,19 @@ private Q_SLOTS:
         names.append(QByteArray(251, 'M') + ".tar");
         std::sort(names.begin(), names.end());
         names.erase(std::unique(names.begin(), names.end()), names.end());
+        makeDir(work);
         QList<QByteArray> paths;
         for (const QByteArray& name : names) {
-            const QByteArray path = work + '/' + name;
-            if (present(path))
-                continue;
-            writeFile(path, 10);
-            paths.append(path);
+            if (!present(work + '/' + name)) {
+                writeFile(work + '/' + name, 10);
+                paths.append(work + '/' + name);
+            }
         }
         // An entry of the same name already in the Trash stays as it is.
-        makeDir(home + "/.local");
-        makeDir(home + "/.local/share");
-        makeDir(trash);
-        makeDir(trash + "/files");
-        makeDir(trash + "/info");
-        writeFile(trash + "/files/with space", 3);
-        writeFile(trash + "/info/with space.trashinfo", 3);
+        writeBytes(trash + "/files/with space", "old");
+        writeBytes(trash + "/info/with space.trashinfo", "old");
         // A folder too: the elevated shell itself files it as an entry.
-        makeDir(work + "/a folder");
-        writeFile(work + "/a folder/inside", 10);
-        paths.append(work + "/a folder");
+        paths.append(makeTree(work + "/a folder", {{"inside", 10}}));
         const QByteArray cwd = QFile::encodeName(QDir::currentPath());
         QVERIFY(QDir::setCurrent(QFile::decodeName(work)));
         const BatchOutcome outcome = privilegedRecycle(paths, runner);
@@ -146,22 +141,18 @@ private Q_SLOTS:
 
         QVERIFY2(outcome.failed.isEmpty(), qPrintable(outcome.failed.value(0).second));
         QCOMPARE(outcome.succeeded, paths);
-        QVERIFY2(!present(work + "/CANARY") && !present(home + "/CANARY") &&
-                     !present(cwd + "/CANARY"),
+        QVERIFY2(!present(work + "/CANARY") && !present(home + "/CANARY") && !present(cwd + "/CANARY"),
                  "a name ran a command");
         // Each one is an ordinary Trash entry whose info names it exactly.
         QSet<QByteArray> recorded;
         for (const QByteArray& name : directoryEntries(trash + "/info")) {
             const QByteArray info = readAll(trash + "/info/" + name);
-            if (info.size() < 10)
-                continue; // the entry that was there before
             const qsizetype at = info.indexOf("\nPath=") + 6;
-            recorded.insert(
-                QByteArray::fromPercentEncoding(info.mid(at, info.indexOf('\n', at) - at)));
+            if (at > 5) // not the entry that was there before
+                recorded.insert(QByteArray::fromPercentEncoding(info.mid(at, info.indexOf('\n', at) - at)));
         }
-        for (const QByteArray& path : paths) {
+        for (const QByteArray& path : paths)
             QVERIFY2(recorded.contains(path), path.toHex().constData());
-        }
         // No staging folder is left behind, and every entry fits its info's name.
         const QByteArrayList entries = directoryEntries(trash + "/files");
         QCOMPARE(entries.size(), paths.size() + 1);
@@ -169,31 +160,22 @@ private Q_SLOTS:
             QVERIFY(entry.size() <= 245 && present(trash + "/info/" + entry + ".trashinfo"));
         QVERIFY(entries.contains(QByteArray(239, 'M') + "~1.tar"));
         QVERIFY(present(trash + "/files/a folder/inside"));
-        QCOMPARE(readAll(trash + "/files/with space").size(), 3);
+        QCOMPARE(readAll(trash + "/files/with space"), QByteArray("old"));
         QCOMPARE(readAll(trash + "/files/with space.2").size(), 10);
         struct stat infoFacts {};
-        QVERIFY(::stat(QByteArray(trash + "/info/a folder.trashinfo").constData(), &infoFacts) ==
-                0);
+        QVERIFY(::stat(QByteArray(trash + "/info/a folder.trashinfo").constData(), &infoFacts) == 0);
         QCOMPARE(infoFacts.st_uid, ::getuid());
     }
 
-
     void freedesktopTrashListsAndRestores()
     {
-        const QByteArray trashDir = base() + "/fd-home/Trash";
-        const QByteArray work = base() + "/fd-work";
-        makeDir(base() + "/fd-home");
-        makeDir(work);
-        makeDir(work + "/folder");
-        writeFile(work + "/folder/inner", 5000);
-        writeFile(work + "/same", 100);
-        makeDir(work + "/other");
-        writeFile(work + "/other/same", 200);
+        const QByteArray trashDir = makeTree(base() + "/fd-home", {}) + "/Trash";
+        const QByteArray work = makeTree(base() + "/fd-work", {{"folder/inner", 5000}, {"same", 100}, {"other/same", 200}});
         const QByteArray odd = work + "/odd %20 name \xe9";
         writeFile(odd, 300);
         FreedesktopTrash trash(trashDir);
-        const Trash::Answer answer = trash.recycle(
-            {work + "/folder", work + "/same", work + "/other/same", odd, work + "/missing"});
+        const Trash::Answer answer =
+            trash.recycle({work + "/folder", work + "/same", work + "/other/same", odd, work + "/missing"});
         QCOMPARE(answer.error, QStringLiteral("No such file or directory"));
         QCOMPARE(answer.moved.size(), 4);
         // Two items of one name: two entries, neither overwritten.
@@ -203,12 +185,11 @@ private Q_SLOTS:
 
         // Each entry's info names its original place and date; reading it
         // back puts the item where it was, byte for byte.
+        const QByteArray today = QDate::currentDate().toString(Qt::ISODate).toLatin1();
         for (auto moved = answer.moved.cbegin(); moved != answer.moved.cend(); ++moved) {
             const QByteArray name = moved.value().mid(moved.value().lastIndexOf('/') + 1);
             const QByteArray info = readAll(trashDir + "/info/" + name + ".trashinfo");
-            QVERIFY(info.startsWith("[Trash Info]\nPath="));
-            QVERIFY(info.contains(QByteArray(
-                "\nDeletionDate=" + QDate::currentDate().toString(Qt::ISODate).toLatin1() + 'T')));
+            QVERIFY(info.startsWith("[Trash Info]\nPath=") && info.contains(QByteArray("\nDeletionDate=" + today + 'T')));
             const qsizetype at = info.indexOf("Path=") + 5;
             const QByteArray escaped = info.mid(at, info.indexOf('\n', at) - at);
             QVERIFY(!escaped.contains(' ') && !escaped.contains('\xe9'));
@@ -218,25 +199,20 @@ private Q_SLOTS:
             QCOMPARE(::rename(moved.value().constData(), original.constData()), 0);
         }
         QCOMPARE(readAll(odd).size(), 300);
-        QCOMPARE(QFileInfo(QFile::decodeName(work + "/folder/inner")).size(), 5000);
+        QCOMPARE(readAll(work + "/folder/inner").size(), 5000);
     }
 
     void otherMountsUseTheirOwnTrash()
     {
-        // A home trash on another file system (tmpfs) sends our item to the
-        // top of its own mount, here the test's folder.
-        QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
-        if (!onAnotherFileSystem(shm))
+        if (!m_apart)
             QSKIP("needs /dev/shm on a file system of its own");
-        const QByteArray top = base() + "/mount";
-        makeDir(top);
-        makeDir(top + "/sub");
-        writeFile(top + "/sub/item", 100);
-        FreedesktopTrash trash(QFile::encodeName(shm.path()) + "/Trash",
-                               [&](const QByteArray&) { return top; });
+        // A home trash on another file system sends our item to the top of
+        // its own mount, here the test's folder.
+        const QByteArray top = makeTree(base() + "/mount", {{"sub/item", 100}});
+        FreedesktopTrash trash(shm() + "/Trash", [&](const QByteArray&) { return top; });
         const Trash::Answer answer = trash.recycle({top + "/sub/item"});
         QVERIFY(!answer.error);
-        const QByteArray own = top + "/.Trash-" + QByteArray::number(getuid());
+        const QByteArray own = top + "/.Trash-" + m_uid;
         QCOMPARE(answer.moved.value(top + "/sub/item"), own + "/files/item");
         // The info file holds the path relative to the mount's top.
         QVERIFY(readAll(own + "/info/item.trashinfo").contains("\nPath=sub/item\n"));
@@ -244,136 +220,114 @@ private Q_SLOTS:
         QVERIFY(::stat(own.constData(), &facts) == 0 && (facts.st_mode & 0777) == 0700);
     }
 
+    // Shared ground: the top of a mount holds what another user might have
+    // planted where our trash belongs. Root stands in for "us" under CI, and
+    // a folder given to nobody for "another user".
+    void volumeTrashMustBeOurs_data()
+    {
+        QTest::addColumn<QByteArray>("planted"); // at the top: .Trash-UID or .Trash
+        QTest::addColumn<int>("mode");           // a folder of this mode; below zero: a link to `target`
+        QTest::addColumn<QByteArray>("target");  // for a folder, its "files" is a link there
+        QTest::addColumn<bool>("foreign");       // given to another user
+        QTest::addColumn<QByteArray>("movedTo"); // the entry, from the top; empty: refused
+        const QByteArray own = ".Trash-" + m_uid, none, elsewhere = "vol-elsewhere";
+        QTest::newRow("own trash is a link") << own << -1 << elsewhere << false << none;
+        QTest::newRow("own trash open to others") << own << 0755 << none << false << none;
+        QTest::newRow("own trash's files a link") << own << 0700 << elsewhere << false << none;
+        if (::getuid() == 0)
+            QTest::newRow("own trash another's") << own << 0700 << none << true << none;
+        // The shared .Trash serves only as a real, sticky folder.
+        QTest::newRow("shared, sticky") << QByteArray(".Trash") << 01777 << none << false
+                                        << QByteArray(".Trash/" + m_uid + "/files/item");
+        QTest::newRow("shared, not sticky") << QByteArray(".Trash") << 0777 << none << false << QByteArray(own + "/files/item");
+        QTest::newRow("shared, a link to a sticky folder")
+            << QByteArray(".Trash") << -1 << QByteArray("vol-sticky") << false << QByteArray(own + "/files/item");
+    }
     void volumeTrashMustBeOurs()
     {
-        // Shared ground: each top holds what another user might have planted
-        // where our trash belongs. Root stands in for "us" under CI, and a
-        // folder given to nobody for "another user".
-        // The home trash lives on another file system, so ours count as mounts.
-        QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
-        if (!onAnotherFileSystem(shm))
+        if (!m_apart)
             QSKIP("needs /dev/shm on a file system of its own");
-        const QByteArray uid = QByteArray::number(::getuid());
-        const QByteArray home = QFile::encodeName(shm.path()) + "/Trash";
-        const QByteArray elsewhere = base() + "/vol-elsewhere";
-        makeDir(elsewhere);
-        int topCount = 0;
-        const auto freshTop = [&] {
-            const QByteArray top = base() + "/vol-top" + QByteArray::number(++topCount);
-            makeDir(top);
-            writeFile(top + "/item", 10);
-            return top;
-        };
-        const auto recycleFrom = [&](const QByteArray& top) {
-            FreedesktopTrash trash(home, [&](const QByteArray&) { return top; });
-            return trash.recycle({top + "/item"});
-        };
-        const auto refused = [&](const QByteArray& top, const QByteArray& trashPath) {
-            const Trash::Answer answer = recycleFrom(top);
+        QFETCH(QByteArray, planted);
+        QFETCH(int, mode);
+        QFETCH(QByteArray, target);
+        QFETCH(bool, foreign);
+        QFETCH(QByteArray, movedTo);
+        const QByteArray top = makeTree(base() + "/vol " + QTest::currentDataTag(), {{"item", 10}});
+        const QByteArray at = top + '/' + planted, linked = base() + '/' + target;
+        if (mode < 0) {
+            QVERIFY(::symlink(linked.constData(), at.constData()) == 0);
+        } else {
+            QVERIFY(::mkdir(at.constData(), 0700) == 0 && ::chmod(at.constData(), mode_t(mode)) == 0);
+            QVERIFY(target.isEmpty() || ::symlink(linked.constData(), QByteArray(at + "/files").constData()) == 0);
+            QVERIFY(!foreign || ::chown(at.constData(), 65534, 65534) == 0);
+        }
+        FreedesktopTrash trash(shm() + "/Trash", [&](const QByteArray&) { return top; });
+        const Trash::Answer answer = trash.recycle({top + "/item"});
+        if (movedTo.isEmpty()) {
             const Trash::Failure failure = answer.failures.value(top + "/item");
-            return answer.moved.isEmpty() && failure.noUsableTrash && failure.trash == trashPath &&
-                   present(top + "/item");
-        };
-
-        QByteArray top = freshTop();
-        QVERIFY(::symlink(elsewhere.constData(), QByteArray(top + "/.Trash-" + uid).constData()) == 0);
-        QVERIFY(refused(top, top + "/.Trash-" + uid));
-        QVERIFY(directoryEntries(elsewhere).isEmpty());
-
-        top = freshTop();
-        QVERIFY(::mkdir(QByteArray(top + "/.Trash-" + uid).constData(), 0755) == 0);
-        QVERIFY(refused(top, top + "/.Trash-" + uid));
-
-        top = freshTop();
-        QVERIFY(::mkdir(QByteArray(top + "/.Trash-" + uid).constData(), 0700) == 0);
-        QVERIFY(::symlink(elsewhere.constData(), QByteArray(top + "/.Trash-" + uid + "/files").constData()) == 0);
-        QVERIFY(refused(top, top + "/.Trash-" + uid));
-        QVERIFY(directoryEntries(elsewhere).isEmpty());
-
-        if (::getuid() == 0) {
-            top = freshTop();
-            QVERIFY(::mkdir(QByteArray(top + "/.Trash-" + uid).constData(), 0700) == 0);
-            QVERIFY(::chown(QByteArray(top + "/.Trash-" + uid).constData(), 65534, 65534) == 0);
-            QVERIFY(refused(top, top + "/.Trash-" + uid));
+            QVERIFY(answer.moved.isEmpty() && failure.noUsableTrash && present(top + "/item"));
+            QCOMPARE(failure.trash, top + "/.Trash-" + m_uid);
+        } else {
+            QCOMPARE(answer.moved.value(top + "/item"), top + '/' + movedTo);
         }
+        QVERIFY(target.isEmpty() || directoryEntries(linked).isEmpty());
+    }
 
+    void unusableMountTrashNeverPrompts()
+    {
+        if (!m_apart)
+            QSKIP("needs /dev/shm on a file system of its own");
         // A top that cannot hold a trash at all (here: not a folder).
-        top = freshTop();
-        writeFile(top + "/not-a-folder", 1);
-        {
-            FreedesktopTrash trash(home, [&](const QByteArray&) { return top + "/not-a-folder"; });
-            const Trash::Answer answer = trash.recycle({top + "/item"});
-            QVERIFY(answer.moved.isEmpty() && answer.failures.value(top + "/item").noUsableTrash);
-        }
-
-        // The shared .Trash serves only as a real, sticky folder.
-        top = freshTop();
-        QVERIFY(::mkdir(QByteArray(top + "/.Trash").constData(), 0777) == 0);
-        QVERIFY(::chmod(QByteArray(top + "/.Trash").constData(), 01777) == 0);
-        QCOMPARE(recycleFrom(top).moved.value(top + "/item"), top + "/.Trash/" + uid + "/files/item");
-        top = freshTop();
-        QVERIFY(::mkdir(QByteArray(top + "/.Trash").constData(), 0777) == 0);
-        QVERIFY(::chmod(QByteArray(top + "/.Trash").constData(), 0777) == 0);
-        QCOMPARE(recycleFrom(top).moved.value(top + "/item"), top + "/.Trash-" + uid + "/files/item");
-        top = freshTop();
-        const QByteArray sticky = base() + "/vol-sticky";
-        makeDir(sticky);
-        QVERIFY(::chmod(sticky.constData(), 01777) == 0);
-        QVERIFY(::symlink(sticky.constData(), QByteArray(top + "/.Trash").constData()) == 0);
-        QCOMPARE(recycleFrom(top).moved.value(top + "/item"), top + "/.Trash-" + uid + "/files/item");
-        QVERIFY(directoryEntries(sticky).isEmpty());
+        const QByteArray top = makeTree(base() + "/vol-unusable", {{"item", 10}, {"not-a-folder", 1}});
+        FreedesktopTrash notAFolder(shm() + "/Trash", [&](const QByteArray&) { return top + "/not-a-folder"; });
+        const Trash::Answer answer = notAFolder.recycle({top + "/item"});
+        QVERIFY(answer.moved.isEmpty() && answer.failures.value(top + "/item").noUsableTrash);
 
         // Refused is not a rights problem: the batch leaves the item in place
         // and never raises the password prompt.
-        top = freshTop();
-        QVERIFY(::symlink(elsewhere.constData(), QByteArray(top + "/.Trash-" + uid).constData()) == 0);
-        FreedesktopTrash trash(home, [&](const QByteArray&) { return top; });
+        QVERIFY(::symlink(QByteArray(base() + "/vol-elsewhere").constData(),
+                          QByteArray(top + "/.Trash-" + m_uid).constData()) == 0);
+        FreedesktopTrash trash(shm() + "/Trash", [&](const QByteArray&) { return top; });
         ScriptedRunner runner;
         const BatchOutcome outcome = recycleBatch({top + "/item"}, trash, runner);
         QVERIFY(runner.scripts.isEmpty());
         QCOMPARE(outcome.failed.size(), 1);
         QVERIFY(outcome.failed[0].second.startsWith(QStringLiteral("No Trash can safely take this item")));
-        QVERIFY(outcome.failed[0].second.contains(QString::fromUtf8(top + "/.Trash-" + uid)));
+        QVERIFY(outcome.failed[0].second.contains(QString::fromUtf8(top + "/.Trash-" + m_uid)));
         QVERIFY(present(top + "/item"));
     }
 
     void mountsAreFoundFromTheRealFolder()
     {
+        if (!m_apart)
+            QSKIP("needs /dev/shm on a file system of its own");
         // Through a link into another file system, the path as typed would
         // climb ours; the trash belongs at the top of theirs.
-        QTemporaryDir shm(QStringLiteral("/dev/shm/tidewick-XXXXXX"));
-        if (!onAnotherFileSystem(shm))
-            QSKIP("needs /dev/shm on a file system of its own");
-        const QByteArray real = QFile::encodeName(shm.path());
-        writeFile(real + "/item", 1);
-        QVERIFY(::symlink(real.constData(), QByteArray(base() + "/into-shm").constData()) == 0);
-        QCOMPARE(FreedesktopTrash::mountTopdir(base() + "/into-shm/item"),
-                 FreedesktopTrash::mountTopdir(real + "/item"));
-        QVERIFY(!FreedesktopTrash::mountTopdir(base() + "/into-shm/item").startsWith(base()));
+        writeFile(shm() + "/item", 1);
+        QVERIFY(::symlink(shm().constData(), QByteArray(base() + "/into-shm").constData()) == 0);
+        const QByteArray typed = FreedesktopTrash::mountTopdir(base() + "/into-shm/item");
+        QCOMPARE(typed, FreedesktopTrash::mountTopdir(shm() + "/item"));
+        QVERIFY(!typed.startsWith(base()));
     }
 
     void longNamesAndNoReplacing()
     {
         // A name of 250 bytes cannot carry ".trashinfo": the entry is cut,
         // keeps its extension and gets a number; the info keeps the whole path.
-        const QByteArray work = base() + "/long";
-        makeDir(work);
-        const QByteArray longName = QByteArray(200, 'a') + QByteArray("\xc3\xa9").repeated(22) + ".txt";
-        writeFile(work + '/' + longName, 10);
-        FreedesktopTrash trash(base() + "/long-home/Trash");
-        makeDir(base() + "/long-home");
-        const Trash::Answer answer = trash.recycle({work + '/' + longName});
+        const QByteArray work = makeTree(base() + "/long", {{"mover", 7}, {"standing", 3}});
+        const QByteArray item = work + '/' + QByteArray(200, 'a') + QByteArray("\xc3\xa9").repeated(22) + ".txt";
+        writeFile(item, 10);
+        FreedesktopTrash trash(makeTree(base() + "/long-home", {}) + "/Trash");
+        const Trash::Answer answer = trash.recycle({item});
         QVERIFY2(!answer.error, qPrintable(answer.error.value_or(QString())));
-        const QByteArray entry = answer.moved.value(work + '/' + longName);
+        const QByteArray entry = answer.moved.value(item);
         const QByteArray entryName = entry.mid(entry.lastIndexOf('/') + 1);
         QVERIFY(entryName.size() <= 245 && entryName.endsWith("~1.txt"));
         QVERIFY(QString::fromUtf8(entryName).toUtf8() == entryName); // not cut mid-letter
         const QByteArray info = readAll(base() + "/long-home/Trash/info/" + entryName + ".trashinfo");
-        QVERIFY(info.contains(QByteArray("Path=" + FreedesktopTrash::escapePath(work + '/' + longName) + '\n')));
+        QVERIFY(info.contains(QByteArray("Path=" + FreedesktopTrash::escapePath(item) + '\n')));
 
         // The move never replaces what stands at the target.
-        writeFile(work + "/mover", 7);
-        writeFile(work + "/standing", 3);
         const int dir = ::open(work.constData(), O_RDONLY | O_DIRECTORY);
         QCOMPARE(FreedesktopTrash::moveWithoutReplacing(work + "/mover", dir, "standing"), EEXIST);
         ::close(dir);
@@ -386,31 +340,24 @@ private Q_SLOTS:
         // An info file planted under the chosen name before the elevated run
         // keeps the item from becoming an entry: it must be reported with the
         // place it waits in, never as moved.
-        const QByteArray home = base() + "/unfiled-home";
-        const QByteArray trash = home + "/Trash";
-        makeDir(home);
-        writeFile(base() + "/unfiled-item", 5);
+        const QByteArray trash = makeTree(base() + "/unfiled-home", {}) + "/Trash";
+        const QByteArray item = base() + "/unfiled-item", staging = trash + "/files/STAGE";
+        writeFile(item, 5);
         PkexecRunner runner({}, trash);
-        const QByteArray staging = trash + "/files/STAGE";
-        const QByteArray script = "printf x > " + shellQuoted(trash + "/info/unfiled-item.trashinfo") +
-                                  " && mkdir " + shellQuoted(staging) + " && mv " +
-                                  shellQuoted(base() + "/unfiled-item") + ' ' + shellQuoted(staging + '/');
-        const ElevatedRunner::Result result = runner.run(script, {{staging, base() + "/unfiled-item"}});
+        const QByteArray script = "printf x > " + shellQuoted(trash + "/info/unfiled-item.trashinfo") + " && mkdir "
+            + shellQuoted(staging) + " && mv " + shellQuoted(item) + ' ' + shellQuoted(staging + '/');
+        const ElevatedRunner::Result result = runner.run(script, {{staging, item}});
         QVERIFY(result.launched);
-        QCOMPARE(result.unfiled.value(base() + "/unfiled-item"), trash + "/files/unfiled-item");
+        QCOMPARE(result.unfiled.value(item), trash + "/files/unfiled-item");
         QVERIFY(present(trash + "/files/unfiled-item"));
     }
 
     void permissionFailuresSayTheSystemsWords()
     {
         // Root can move anything, so an unprivileged child tries it.
-        const QByteArray locked = base() + "/locked-dir";
-        makeDir(locked);
-        writeFile(locked + "/item", 10);
-        QVERIFY(::chmod(locked.constData(), 0755) == 0);
-        const QByteArray childHome = base() + "/nobody-home";
-        makeDir(childHome);
-        QVERIFY(::chmod(base().constData(), 0755) == 0);
+        const QByteArray locked = makeTree(base() + "/locked-dir", {{"item", 10}});
+        const QByteArray childHome = makeTree(base() + "/nobody-home", {});
+        QVERIFY(::chmod(locked.constData(), 0755) == 0 && ::chmod(base().constData(), 0755) == 0);
         QVERIFY(::chown(childHome.constData(), 65534, 65534) == 0 || getuid() != 0);
 
         int pipeFds[2];
@@ -420,8 +367,7 @@ private Q_SLOTS:
             ::close(pipeFds[0]);
             if (getuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
                 ::_exit(3);
-            FreedesktopTrash trash(childHome + "/Trash");
-            const Trash::Answer answer = trash.recycle({locked + "/item"});
+            const Trash::Answer answer = FreedesktopTrash(childHome + "/Trash").recycle({locked + "/item"});
             const QByteArray said = answer.error ? answer.error->toUtf8() : QByteArray("moved");
             (void)::write(pipeFds[1], said.constData(), size_t(said.size()));
             ::_exit(0);

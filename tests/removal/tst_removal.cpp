@@ -94,23 +94,29 @@ private Q_SLOTS:
 
     void batchOrderAndMessages()
     {
-        const QByteArray dir = base() + "/batch";
-        makeDir(dir);
-        writeFile(dir + "/moves", 1);
-        writeFile(dir + "/locked", 1);
-        writeFile(dir + "/odd", 1);
+        const QByteArray dir = makeTree(base() + "/batch", {{"moves", 1}, {"locked", 1}, {"odd", 1}});
         QVERIFY(::symlink("nowhere", QByteArray(dir + "/dangling").constData()) == 0);
+        const auto in = [&](QByteArrayList names) {
+            for (QByteArray& name : names)
+                name.prepend(dir + '/');
+            return QList<QByteArray>(names);
+        };
+        // The batch's moved items, then each failure as "name: words", in order.
+        const auto batch = [&](const QByteArrayList& items, RecordingTrash& trash, ScriptedRunner& runner) {
+            const BatchOutcome outcome = recycleBatch(in(items), trash, runner);
+            QStringList said{QFile::decodeName(outcome.succeeded.join(' '))};
+            for (const auto& [path, message] : outcome.failed)
+                said << QFile::decodeName(path.mid(dir.size() + 1)) + QStringLiteral(": ") + message;
+            return said.join(u'\n');
+        };
+        const QString dirs = QFile::decodeName(dir);
 
-        // Nothing to move: no platform call at all.
+        // Nothing to move, or nothing there: no platform call at all.
         RecordingTrash idle;
         ScriptedRunner quiet;
-        BatchOutcome outcome = recycleBatch({}, idle, quiet);
-        QVERIFY(outcome.succeeded.isEmpty() && outcome.failed.isEmpty());
-        outcome = recycleBatch({dir + "/gone", dir + "/dangling"}, idle, quiet);
-        QVERIFY(idle.calls.isEmpty());
-        QCOMPARE(outcome.failed.size(), 2);
-        QCOMPARE(outcome.failed[0].second, QStringLiteral("file not found"));
-        QCOMPARE(outcome.failed[1].first, dir + "/dangling");
+        QCOMPARE(batch({}, idle, quiet), QString());
+        QCOMPARE(batch({"gone", "dangling"}, idle, quiet), "\ngone: file not found\ndangling: file not found");
+        QVERIFY(idle.calls.isEmpty() && quiet.scripts.isEmpty());
 
         // One missing, one moved, one needing rights whose prompt is dismissed.
         RecordingTrash trash;
@@ -118,61 +124,42 @@ private Q_SLOTS:
         trash.error = QStringLiteral("Operation NOT permitted");
         ScriptedRunner dismissed;
         dismissed.dismissed = true;
-        outcome = recycleBatch({dir + "/moves", dir + "/gone", dir + "/locked"}, trash, dismissed);
-        QCOMPARE(trash.calls.size(), 1);
-        QCOMPARE(trash.calls[0], (QList<QByteArray>{dir + "/moves", dir + "/locked"}));
-        QCOMPARE(outcome.succeeded, QList<QByteArray>{dir + "/moves"});
-        QCOMPARE(outcome.failed.size(), 2);
-        QCOMPARE(outcome.failed[0].first, dir + "/gone");
-        QCOMPARE(outcome.failed[1].first, QByteArray(dir + "/locked"));
-        QCOMPARE(outcome.failed[1].second, QStringLiteral("user cancelled password prompt"));
+        QCOMPARE(batch({"moves", "gone", "locked"}, trash, dismissed),
+                 dirs + "/moves\ngone: file not found\nlocked: user cancelled password prompt");
+        QCOMPARE(trash.calls, (QList<QList<QByteArray>>{in({"moves", "locked"})}));
         QCOMPARE(dismissed.scripts.size(), 1);
         QVERIFY(dismissed.scripts[0].contains(shellQuoted(dir + "/locked")));
 
-        // Other failures come before the privileged ones; the tool's silence
-        // reads "admin authorization failed"; its words stand as they are.
+        // The tool's silence reads "admin authorization failed"; its words
+        // stand as they are, and a cancel in them reads as a cancel.
         RecordingTrash mixed;
         mixed.refuse = {dir + "/locked", dir + "/odd"};
         mixed.error = QStringLiteral("Permission denied");
         ScriptedRunner silent;
-        outcome = recycleBatch({dir + "/locked", dir + "/odd"}, mixed, silent);
-        QCOMPARE(outcome.failed.size(), 2);
-        QCOMPARE(outcome.failed[0].second, QStringLiteral("admin authorization failed"));
+        QCOMPARE(batch({"locked", "odd"}, mixed, silent),
+                 "\nlocked: admin authorization failed\nodd: admin authorization failed");
         ScriptedRunner talking;
-        talking.says =
-            "  execution error: The administrator user name or password was incorrect. (-60007)\n";
-        outcome = recycleBatch({dir + "/locked"}, mixed, talking);
-        QCOMPARE(outcome.failed[0].second,
-                 QStringLiteral("execution error: The administrator user name or password was "
-                                "incorrect. (-60007)"));
+        talking.says = "  execution error: The administrator user name or password was incorrect. (-60007)\n";
+        QCOMPARE(batch({"locked"}, mixed, talking),
+                 "\nlocked: execution error: The administrator user name or password was incorrect. (-60007)");
         talking.says = "User CANCELED.";
-        outcome = recycleBatch({dir + "/locked"}, mixed, talking);
-        QCOMPARE(outcome.failed[0].second, QStringLiteral("user cancelled password prompt"));
+        QCOMPARE(batch({"locked"}, mixed, talking), "\nlocked: user cancelled password prompt");
+        // A tool that cannot start: every item fails with the cause, unlooked.
+        ScriptedRunner broken;
+        broken.launches = false;
+        QCOMPARE(batch({"locked"}, mixed, broken), "\nlocked: could not launch osascript: No such file or directory");
 
-        // A sentence without the two marks keeps the item failed, no prompt.
+        // A sentence without the two marks keeps the item failed, no prompt;
+        // no sentence and an incomplete answer: "could not move to Trash".
         RecordingTrash busy;
         busy.refuse = {dir + "/odd"};
         busy.error = QStringLiteral("Resource busy");
         ScriptedRunner unused;
-        outcome = recycleBatch({dir + "/odd", dir + "/moves"}, busy, unused);
-        QCOMPARE(outcome.failed.size(), 1);
-        QCOMPARE(outcome.failed[0].first, QByteArray(dir + "/odd"));
-        QCOMPARE(outcome.failed[0].second, QStringLiteral("Resource busy"));
-        QVERIFY(unused.scripts.isEmpty());
-        // No error and an incomplete answer: "could not move to Trash", no prompt.
+        QCOMPARE(batch({"odd", "moves"}, busy, unused), dirs + "/moves\nodd: Resource busy");
         busy.error.reset();
-        outcome = recycleBatch({dir + "/odd"}, busy, unused);
-        QCOMPARE(outcome.failed[0].second, QStringLiteral("could not move to Trash"));
+        QCOMPARE(batch({"odd"}, busy, unused), "\nodd: could not move to Trash");
         QVERIFY(unused.scripts.isEmpty());
-
-        // A tool that cannot start: every item fails with the cause, unlooked.
-        ScriptedRunner broken;
-        broken.launches = false;
-        outcome = recycleBatch({dir + "/locked"}, mixed, broken);
-        QCOMPARE(outcome.failed[0].second,
-                 QStringLiteral("could not launch osascript: No such file or directory"));
     }
-
 
     void singleItemContract()
     {

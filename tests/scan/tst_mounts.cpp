@@ -22,18 +22,6 @@
 using namespace tw;
 using namespace tw::test;
 
-namespace {
-
-std::shared_ptr<ScanTree> scanWith(const QByteArray& path, int workers)
-{
-    Scanner::Options options;
-    options.workers = workers;
-    Scanner scanner({}, options);
-    return scanner.scan(path);
-}
-
-} // namespace
-
 class MountsTest : public QObject {
     Q_OBJECT
 
@@ -44,18 +32,11 @@ private:
 private Q_SLOTS:
     void otherMountsLeaveNoNode()
     {
-        QByteArray parent;
-        QByteArray mountName;
-        bool mounted = false;
-        bool bound = false;
+        QByteArray parent, mountName;
+        bool mounted = false, bound = false;
         if (::geteuid() == 0) {
-            parent = base() + "/mounts";
-            makeDir(parent);
-            makeDir(parent + "/inner");
-            makeDir(parent + "/bound");
-            makeDir(base() + "/elsewhere");
-            writeFile(base() + "/elsewhere/data", 64 * 1024);
-            writeFile(parent + "/kept", 4096);
+            parent = makeTree(base() + "/mounts", {{"inner"}, {"bound"}, {"kept", 4096}});
+            makeTree(base() + "/elsewhere", {{"data", 64 * 1024}});
             mounted = ::mount("none", QByteArray(parent + "/inner").constData(), "tmpfs", 0, nullptr) == 0;
             if (mounted) {
                 writeFile(parent + "/inner/hidden", 64 * 1024);
@@ -76,7 +57,7 @@ private Q_SLOTS:
         }
         if (mountName.isEmpty())
             QSKIP("no nested mount could be made or found: the volume test is not exercised here");
-        const auto tree = scanWith(parent, 2);
+        const auto tree = scanTree(parent, 2);
         QVERIFY(!childNamed(*tree->root(), std::string_view(mountName.constData(), size_t(mountName.size()))));
         if (bound) {
             QVERIFY(!childNamed(*tree->root(), "bound"));
@@ -101,14 +82,10 @@ private Q_SLOTS:
             QSKIP(qPrintable(QStringLiteral("cannot mount a tmpfs here: ") + QString::fromLocal8Bit(std::strerror(errno))));
         const auto unmount = qScopeGuard([&] { ::umount2(mountPoint.constData(), MNT_DETACH); });
         QCOMPARE(::chmod(base().constData(), 0755), 0);
-        makeDir(mountPoint + "/open");
-        writeFile(mountPoint + "/open/seen", 200 * 1024);
-        for (const char* name : {"/locked", "/private"}) {
-            makeDir(mountPoint + name);
-            writeFile(mountPoint + name + "/hidden", 1024 * 1024);
+        makeTree(mountPoint, {{"open/seen", 200 * 1024}, {"locked/hidden", 1024 * 1024}, {"private/hidden", 1024 * 1024}});
+        for (const char* name : {"/locked", "/private"})
             QCOMPARE(::chmod(QByteArray(mountPoint + name).constData(), 0700), 0);
-        }
-        const qint64 hidden = allocatedBytes(mountPoint + "/locked/hidden") + allocatedBytes(mountPoint + "/private/hidden");
+        const qint64 hidden = allocatedSum(mountPoint, {"locked/hidden", "private/hidden"});
 
         auto scanAsNobody = [](const QByteArray& path) {
             QProcess process;

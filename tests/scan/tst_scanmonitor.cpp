@@ -6,6 +6,7 @@
 
 #include <QtTest>
 
+#include <thread>
 #include <vector>
 
 using namespace std::chrono_literals;
@@ -13,11 +14,17 @@ using tw::ScanMonitor;
 using tw::ScanProgress;
 
 namespace {
-struct FakeClock {
+// A started monitor on a hand-moved clock, keeping every report.
+struct Watched {
     ScanMonitor::Clock::time_point at{std::chrono::hours(1000)};
-    ScanMonitor::Now now()
+    std::vector<ScanProgress> reports;
+    ScanMonitor monitor{[this](const ScanProgress& p) { reports.push_back(p); }, [this] { return at; }};
+    Watched() { monitor.start(); }
+    // After `wait`, one charge of `files` files and `bytes` bytes.
+    void add(std::chrono::milliseconds wait, qint64 bytes, qint64 files)
     {
-        return [this] { return at; };
+        at += wait;
+        monitor.addToCounters(bytes, files);
     }
 };
 } // namespace
@@ -28,116 +35,85 @@ class ScanMonitorTest : public QObject {
 private Q_SLOTS:
     void throttlesReportsButKeepsNewestPath()
     {
-        FakeClock clock;
-        std::vector<ScanProgress> reports;
-        ScanMonitor monitor([&](const ScanProgress& p) { reports.push_back(p); }, clock.now());
-        monitor.start();
-
+        Watched w;
         // The first report of a scan always leaves.
-        monitor.reportPath("/a");
-        QCOMPARE(reports.size(), size_t(1));
-        QCOMPARE(reports.back().currentPath, QStringLiteral("/a"));
-
+        w.monitor.reportPath("/a");
+        QCOMPARE(w.reports.size(), size_t(1));
+        QCOMPARE(w.reports.back().currentPath, QStringLiteral("/a"));
         // Within 0.08 s nothing leaves, whether a path or a file...
-        clock.at += 50ms;
-        monitor.reportPath("/a/b");
-        monitor.addToCounters(4096, 1);
-        QCOMPARE(reports.size(), size_t(1));
+        w.at += 50ms;
+        w.monitor.reportPath("/a/b");
+        w.add(0ms, 4096, 1);
+        QCOMPARE(w.reports.size(), size_t(1));
         // ...but the newer path is what the next report carries.
-        clock.at += 30ms;
-        monitor.addToCounters(100, 1);
-        QCOMPARE(reports.size(), size_t(2));
-        QCOMPARE(reports.back().currentPath, QStringLiteral("/a/b"));
-        QCOMPARE(reports.back().filesScanned, 2);
-        QCOMPARE(reports.back().bytesScanned, 4196);
-
+        w.add(30ms, 100, 1);
+        QCOMPARE(w.reports.size(), size_t(2));
+        QCOMPARE(w.reports.back().currentPath, QStringLiteral("/a/b"));
+        QCOMPARE(w.reports.back().filesScanned, 2);
+        QCOMPARE(w.reports.back().bytesScanned, 4196);
         // The final report is never throttled and brings the totals.
-        monitor.addToCounters(1, 1);
-        monitor.reportFinal();
-        QCOMPARE(reports.size(), size_t(3));
-        QCOMPARE(reports.back().filesScanned, 3);
-        QCOMPARE(reports.back().bytesScanned, 4197);
-    }
-
-    void finalReportWithoutAnyFiles()
-    {
-        FakeClock clock;
-        std::vector<ScanProgress> reports;
-        ScanMonitor monitor([&](const ScanProgress& p) { reports.push_back(p); }, clock.now());
-        monitor.start();
-        monitor.reportFinal();
-        QCOMPARE(reports.size(), size_t(1));
-        QCOMPARE(reports[0].filesScanned, 0);
-        QCOMPARE(reports[0].filesPerSecond, 0.0);
+        w.add(0ms, 1, 1);
+        w.monitor.reportFinal();
+        QCOMPARE(w.reports.size(), size_t(3));
+        QCOMPARE(w.reports.back().filesScanned, 3);
+        QCOMPARE(w.reports.back().bytesScanned, 4197);
+        // Even with nothing counted.
+        Watched empty;
+        empty.monitor.reportFinal();
+        QCOMPARE(empty.reports.size(), size_t(1));
+        QCOMPARE(empty.reports[0].filesScanned, 0);
+        QCOMPARE(empty.reports[0].filesPerSecond, 0.0);
     }
 
     void rateIsAWindowOfHalfASecondOrMore()
     {
-        FakeClock clock;
-        std::vector<ScanProgress> reports;
-        ScanMonitor monitor([&](const ScanProgress& p) { reports.push_back(p); }, clock.now());
-        monitor.start();
+        Watched w;
         // Reports within the first half second carry no rate.
-        for (int i = 0; i < 4; ++i) {
-            clock.at += 100ms;
-            monitor.addToCounters(10, 100);
-        }
-        QCOMPARE(reports.size(), size_t(4));
-        for (const auto& r : reports)
+        for (int i = 0; i < 4; ++i)
+            w.add(100ms, 10, 100);
+        QCOMPARE(w.reports.size(), size_t(4));
+        for (const auto& r : w.reports)
             QCOMPARE(r.filesPerSecond, 0.0);
         // At 0.5 s: 500 files over 0.5 s.
-        clock.at += 100ms;
-        monitor.addToCounters(10, 100);
-        QCOMPARE(reports.back().filesPerSecond, 1000.0);
+        w.add(100ms, 10, 100);
+        QCOMPARE(w.reports.back().filesPerSecond, 1000.0);
         // The next window starts there: 300 files in 0.6 s, unsmoothed.
-        for (int i = 0; i < 3; ++i) {
-            clock.at += 200ms;
-            monitor.addToCounters(10, 100);
-        }
-        QCOMPARE(reports.back().filesPerSecond, 500.0);
+        for (int i = 0; i < 3; ++i)
+            w.add(200ms, 10, 100);
+        QCOMPARE(w.reports.back().filesPerSecond, 500.0);
         // Paths keep the last rate and do not recompute it.
-        clock.at += 5s;
-        monitor.reportPath("/x");
-        QCOMPARE(reports.back().filesPerSecond, 500.0);
+        w.at += 5s;
+        w.monitor.reportPath("/x");
+        QCOMPARE(w.reports.back().filesPerSecond, 500.0);
     }
 
     void stallRaisesASkipAfterTheThreshold()
     {
-        FakeClock clock;
-        ScanMonitor monitor({}, clock.now());
-        monitor.setStallThreshold(20s);
-        monitor.start();
-        clock.at += 20s;
-        QVERIFY(!monitor.checkStall()); // exactly at the threshold: not yet
-        QVERIFY(!monitor.skipRequested());
-        clock.at += 1s;
-        QVERIFY(monitor.checkStall());
-        QVERIFY(monitor.skipRequested());
-        monitor.clearSkip();
+        Watched w; // the default threshold, 20 s
+        w.at += 20s;
+        QVERIFY(!w.monitor.checkStall()); // exactly at the threshold: not yet
+        QVERIFY(!w.monitor.skipRequested());
+        w.at += 1s;
+        QVERIFY(w.monitor.checkStall());
+        QVERIFY(w.monitor.skipRequested());
+        w.monitor.clearSkip();
         // A fresh period follows the skip.
-        clock.at += 19s;
-        QVERIFY(!monitor.checkStall());
+        w.at += 19s;
+        QVERIFY(!w.monitor.checkStall());
         // Paths are not headway, charged files are.
-        clock.at += 2s;
-        monitor.reportPath("/still/walking/empty/folders");
-        QVERIFY(monitor.checkStall());
-        monitor.clearSkip();
-        clock.at += 15s;
-        monitor.addToCounters(0, 1);
-        clock.at += 15s;
-        QVERIFY(!monitor.checkStall());
-    }
-
-    void cancelledScanNeverSkips()
-    {
-        FakeClock clock;
-        ScanMonitor monitor({}, clock.now());
-        monitor.start();
-        monitor.cancel();
-        clock.at += 1h;
-        QVERIFY(!monitor.checkStall());
-        QVERIFY(!monitor.skipRequested());
-        QVERIFY(monitor.isCancelled());
+        w.at += 2s;
+        w.monitor.reportPath("/still/walking/empty/folders");
+        QVERIFY(w.monitor.checkStall());
+        w.monitor.clearSkip();
+        w.add(15s, 0, 1);
+        w.at += 15s;
+        QVERIFY(!w.monitor.checkStall());
+        // A cancelled scan never skips.
+        w.monitor.cancel();
+        w.at += 1h;
+        QVERIFY(!w.monitor.checkStall());
+        QVERIFY(!w.monitor.skipRequested());
+        QVERIFY(w.monitor.isCancelled());
     }
 
     void countersAreExactAcrossThreads()

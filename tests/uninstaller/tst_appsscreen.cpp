@@ -43,38 +43,33 @@ private Q_SLOTS:
     void searchAndOrders()
     {
         const QDateTime now = QDateTime::currentDateTime();
-        std::vector<std::unique_ptr<InstalledApp>> owned;
-        owned.push_back(made("Calculator", "com.apple.calculator"));
-        owned.push_back(made("Firefox", "org.mozilla.firefox", now.addDays(-3)));
-        owned.push_back(made("Notes", "com.apple.Notes", now.addDays(-1)));
-        owned.push_back(made("Safari", "com.apple.Safari"));
-        owned.push_back(made("Zed", "dev.zed.Zed", now.addDays(-30)));
+        std::unique_ptr<InstalledApp> owned[] = {made("Calculator", "com.apple.calculator"),
+                                                 made("Firefox", "org.mozilla.firefox", now.addDays(-3)),
+                                                 made("Notes", "com.apple.Notes", now.addDays(-1)),
+                                                 made("Safari", "com.apple.Safari"), made("Zed", "dev.zed.Zed", now.addDays(-30))};
         QList<InstalledApp*> apps;
         for (auto& app : owned)
             apps.append(app.get());
+        const auto names = [&](const char* search, AppSort sort) {
+            return namesOf(visibleApps(apps, QString::fromUtf8(search), sort));
+        };
 
-        QCOMPARE(namesOf(visibleApps(apps, QStringLiteral("  Safari "), AppSort::nameAsc)), QStringList{"Safari"});
-        QCOMPARE(namesOf(visibleApps(apps, QStringLiteral("COM.APPLE"), AppSort::nameAsc)),
-                 (QStringList{"Calculator", "Notes", "Safari"}));
-        QVERIFY(visibleApps(apps, QStringLiteral("nothing"), AppSort::nameAsc).empty());
-        QVERIFY(visibleApps(apps, QStringLiteral("safari\n"), AppSort::nameAsc).empty());
+        QCOMPARE(names("  Safari ", AppSort::nameAsc), QStringList{"Safari"});
+        QCOMPARE(names("COM.APPLE", AppSort::nameAsc), (QStringList{"Calculator", "Notes", "Safari"}));
+        QVERIFY(names("nothing", AppSort::nameAsc).isEmpty() && names("safari\n", AppSort::nameAsc).isEmpty());
 
         // All sizes 0 at first: both size orders keep the name order.
         const QStringList byName{"Calculator", "Firefox", "Notes", "Safari", "Zed"};
-        QCOMPARE(namesOf(visibleApps(apps, {}, AppSort::sizeDesc)), byName);
-        QCOMPARE(namesOf(visibleApps(apps, {}, AppSort::sizeAsc)), byName);
+        QCOMPARE(names("", AppSort::sizeDesc), byName);
+        QCOMPARE(names("", AppSort::sizeAsc), byName);
         owned[3]->setBundleSize(500);
         owned[4]->setBundleSize(500);
         owned[0]->setBundleSize(900);
-        QCOMPARE(namesOf(visibleApps(apps, {}, AppSort::sizeDesc)),
-                 (QStringList{"Calculator", "Safari", "Zed", "Firefox", "Notes"}));
-        QCOMPARE(namesOf(visibleApps(apps, {}, AppSort::sizeAsc)),
-                 (QStringList{"Firefox", "Notes", "Safari", "Zed", "Calculator"}));
-        QCOMPARE(namesOf(visibleApps(apps, {}, AppSort::nameDesc)),
-                 (QStringList{"Zed", "Safari", "Notes", "Firefox", "Calculator"}));
+        QCOMPARE(names("", AppSort::sizeDesc), (QStringList{"Calculator", "Safari", "Zed", "Firefox", "Notes"}));
+        QCOMPARE(names("", AppSort::sizeAsc), (QStringList{"Firefox", "Notes", "Safari", "Zed", "Calculator"}));
+        QCOMPARE(names("", AppSort::nameDesc), (QStringList{"Zed", "Safari", "Notes", "Firefox", "Calculator"}));
         // Never-opened applications sink to the end, in name order.
-        QCOMPARE(namesOf(visibleApps(apps, {}, AppSort::lastOpened)),
-                 (QStringList{"Notes", "Firefox", "Zed", "Calculator", "Safari"}));
+        QCOMPARE(names("", AppSort::lastOpened), (QStringList{"Notes", "Firefox", "Zed", "Calculator", "Safari"}));
     }
 
     void relativeDatesInEachLanguage()
@@ -123,8 +118,7 @@ private Q_SLOTS:
         choices.setApp(app.get());
 
         // The search has not ended: no removal, though the bundle is ticked.
-        QVERIFY(choices.bundleChecked());
-        QVERIFY(!choices.confirmEnabled());
+        QVERIFY(choices.bundleChecked() && !choices.confirmEnabled());
         choices.setBundleChecked(false);
         app->setRelated({leftover("/L/Caches/com.foo.app", 10), leftover("/L/Group Containers/g.foo", 20, true, RelatedCategory::groupContainers),
                          leftover("/L/Caches/Foo", 30)});
@@ -166,8 +160,7 @@ private Q_SLOTS:
         running.running = true;
         state.setUninstallCandidate(app.get());
         choices.confirm();
-        QVERIFY(choices.runningStatus());
-        QVERIFY(!choices.confirmEnabled());
+        QVERIFY(choices.runningStatus() && !choices.confirmEnabled());
         running.stubborn = true;
         choices.quit();
         QTest::qWait(120);

@@ -12,6 +12,8 @@ Item {
     // The sponsored feed; no bar without one (tests and the screenshot tool).
     property AdService adService: null
     property int leadingInset: 0
+    // What a host that paints the window behind this content paints it with.
+    readonly property color windowBackground: Style.windowBackground
     // A dialog, an alert or the folder picker is up. The screens beneath are
     // disabled meanwhile: Tab stays within the dialog, and no key of a
     // screen's (GuardedShortcut) acts behind it.

@@ -1,6 +1,7 @@
 #include "screens/ScreensSetup.h"
 
 #include "screens/AppIconProvider.h"
+#include "screens/AppearanceQml.h"
 #include "screens/SymbolImageProvider.h"
 
 #include <QQmlEngine>
@@ -8,16 +9,17 @@
 
 namespace tw {
 
-void installScreens(QQmlEngine& engine)
+void installScreens(QQmlEngine& engine, SystemAppearance* appearance)
 {
+    AppearanceQml::setSource(engine, appearance);
     engine.addImportPath(QStringLiteral("qrc:/"));
     engine.addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
     engine.addImageProvider(QStringLiteral("appicon"), new AppIconProvider);
 }
 
-void loadContentView(QQuickView& view, const QVariantMap& properties)
+void loadContentView(QQuickView& view, const QVariantMap& properties, SystemAppearance* appearance)
 {
-    installScreens(*view.engine());
+    installScreens(*view.engine(), appearance);
     view.setInitialProperties(properties);
     view.setResizeMode(QQuickView::SizeRootObjectToView);
     view.resize(1080, 720);

@@ -12,6 +12,7 @@
 #include "platform/VolumeFacts.h"
 #include "localization/LocalizationManager.h"
 #include "screens/ScreensSetup.h"
+#include "platform/SystemAppearance.h"
 
 #include <QQuickStyle>
 #include <QStandardPaths>
@@ -95,7 +96,8 @@ public:
 // One window with its own AppState.
 struct Window {
     explicit Window(const VolumeFacts& volumes, const DiskAccess& access,
-                    std::function<std::optional<QString>(const QByteArray&)> recycle = {})
+                    std::function<std::optional<QString>(const QByteArray&)> recycle = {},
+                    SystemAppearance* appearance = nullptr)
     {
         AppState::Services services;
         services.recycle = std::move(recycle);
@@ -103,7 +105,7 @@ struct Window {
         services.diskAccess = &access;
         services.scannerOptions.workers = 1;
         state = std::make_unique<AppState>(services);
-        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(state.get())}});
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(state.get())}}, appearance);
         view.show();
     }
     ~Window() { state->cancelScan(); }

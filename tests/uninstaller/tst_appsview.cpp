@@ -61,6 +61,7 @@ private Q_SLOTS:
 
         state.setMode(AppState::Mode::apps);
         QTRY_COMPARE(item("appsList")->property("count").toInt(), 3);
+        QVERIFY(!item("appsEmpty")->isVisible());
         QQuickItem* screen = item("appsScreen");
         QQuickItem* search = item("appsSearch");
 
@@ -96,6 +97,36 @@ private Q_SLOTS:
         QVERIFY(screen->property("selected").value<InstalledApp*>() == nullptr);
         QTRY_VERIFY(!item("appDetailPanel")->isVisible());
     }
+
+    void findingNothingSaysWhereItLooked()
+    {
+        // Real discovery over two folders that hold no application.
+        QTemporaryDir dir;
+        const QByteArray empty = QFile::encodeName(dir.path()) + "/Applications";
+        makeDir(empty);
+        const QByteArray missing = QFile::encodeName(dir.path()) + "/nowhere";
+        AppState::Services services;
+        services.applicationRoots = [=] { return QByteArrayList{empty, missing}; };
+        AppState state(services);
+        QQuickView view;
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}});
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QQuickItem* notice = Window::findIn(view.contentItem(), QStringLiteral("appsEmpty"));
+        QVERIFY(notice && !notice->isVisible());
+
+        state.setMode(AppState::Mode::apps);
+        QTRY_VERIFY(notice->isVisible());
+        QStringList shown;
+        for (QQuickItem* line : notice->childItems())
+            if (line->property("text").isValid()) // not the Repeater
+                shown << line->property("text").toString();
+        QCOMPARE(shown, (QStringList{Loc(QStringLiteral("apps.none")), Loc(QStringLiteral("apps.lookedIn")),
+                                               QFile::decodeName(empty), QFile::decodeName(missing)}));
+    }
+
+private:
+    static QString Loc(const QString& key) { return LocalizationManager::shared().string(key); }
 };
 
 TIDEWICK_TEST_MAIN(AppsViewTest)

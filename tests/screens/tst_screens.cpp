@@ -399,7 +399,7 @@ private Q_SLOTS:
         QVERIFY(openFor("file"));
         QCOMPARE(rowsShown(), 3);
         QCOMPARE(w.item("deleteBody")->property("text").toString(),
-                 QStringLiteral("The file will be moved to the Finder Trash."));
+                 LocalizationManager::shared().string(QStringLiteral("delete.bodyFile")));
         // Escape leaves everything as it was.
         const qint64 before = w.state->root()->size();
         QTest::keyClick(&w.view, Qt::Key_Escape);
@@ -411,8 +411,7 @@ private Q_SLOTS:
         QVERIFY(openFor("empty"));
         QCOMPARE(rowsShown(), 4);
         QCOMPARE(w.item("deleteBody")->property("text").toString(),
-                 QStringLiteral(
-                     "The folder and all of its contents will be moved to the Finder Trash."));
+                 LocalizationManager::shared().string(QStringLiteral("delete.bodyDir")));
         QTest::mouseClick(&w.view, Qt::LeftButton, {}, w.centreOf("deleteCancel"));
         QVERIFY(!w.state->hasDeleteCandidate());
         QVERIFY(QTest::qWaitFor([&] { return !w.shows("deleteCard"); }, 2000));

@@ -59,6 +59,8 @@ class AppState : public QObject {
     Q_PROPERTY(bool showsUnreadableNotice READ showsUnreadableNotice WRITE setShowsUnreadableNotice NOTIFY showsUnreadableNoticeChanged)
     Q_PROPERTY(bool appsLoading READ appsLoading NOTIFY appsLoadingChanged)
     Q_PROPERTY(int appCount READ appCount NOTIFY appsChanged)
+    // The folders the last discovery looked in, for display; empty before it ends.
+    Q_PROPERTY(QStringList appFolders READ appFolders NOTIFY appsChanged)
     Q_PROPERTY(tw::InstalledApp* uninstallCandidate READ uninstallCandidate WRITE setUninstallCandidate NOTIFY uninstallCandidateChanged)
     // The permission dialog's facts (id, needsAppManagement,
     // needsFullDiskAccess, failedPaths, succeededCount); empty when none.
@@ -86,6 +88,8 @@ public:
         // The applications screen's services, each run on a worker thread;
         // the system's when empty. Discovery over the usual roots:
         std::function<std::vector<std::unique_ptr<InstalledApp>>()> discoverApps;
+        // The folders discovery walks (the usual roots when empty).
+        std::function<QByteArrayList()> applicationRoots;
         std::function<qint64(const QByteArray& bundle)> bundleSize;
         std::function<QList<RelatedFile>(const QString& bundleID, const QString& name, const QByteArray& appURL)>
             findRelated;
@@ -144,6 +148,7 @@ public:
     [[nodiscard]] const QList<InstalledApp*>& apps() const { return m_apps; }
     [[nodiscard]] bool appsLoading() const { return m_appsLoading; }
     [[nodiscard]] int appCount() const { return int(m_apps.size()); }
+    [[nodiscard]] QStringList appFolders() const { return m_appFolders; }
     [[nodiscard]] InstalledApp* uninstallCandidate() const { return m_uninstallCandidate; }
     [[nodiscard]] const std::optional<UninstallPermissionPrompt>& permissionPrompt() const { return m_permissionPrompt; }
     [[nodiscard]] QVariantMap permissionPromptFacts() const;
@@ -304,6 +309,7 @@ private:
 
     QList<InstalledApp*> m_apps;
     bool m_appsLoading = false;
+    QStringList m_appFolders;
     // Stamps the current list: results of an earlier load are dropped.
     QUuid m_appsGeneration;
     // The sizing queue of the current list, and how many run now (of any list:

@@ -75,10 +75,15 @@ void AppState::startDiscovery()
     m_appsGeneration = generation;
     QPointer<AppState> self(this);
     auto discover = m_services.discoverApps;
+    auto rootsOf = m_services.applicationRoots;
     QThread* home = thread();
-    std::thread([self, discover, generation, home] {
+    std::thread([self, discover, rootsOf, generation, home] {
+        const QByteArrayList roots = rootsOf ? rootsOf() : AppDiscovery::applicationRoots();
         std::vector<std::unique_ptr<InstalledApp>> found =
-            discover ? discover() : AppDiscovery::listInstalledApps(AppDiscovery::applicationRoots());
+            discover ? discover() : AppDiscovery::listInstalledApps(roots);
+        QStringList folders;
+        for (const QByteArray& root : roots)
+            folders.append(QFile::decodeName(root));
         auto* carried = new QList<InstalledApp*>;
         for (auto& app : found) {
             app->moveToThread(home);
@@ -87,7 +92,7 @@ void AppState::startDiscovery()
         // The guard may be gone by now: the list then goes with the lambda.
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, generation, carried] {
+            [self, generation, carried, folders] {
                 std::unique_ptr<QList<InstalledApp*>> list(carried);
                 if (!self || self->m_appsGeneration != generation) {
                     qDeleteAll(*list);
@@ -98,6 +103,7 @@ void AppState::startDiscovery()
                     self->m_sizingQueue.append(app);
                 }
                 self->m_apps = *list;
+                self->m_appFolders = folders;
                 self->m_appsLoading = false;
                 Q_EMIT self->appsChanged();
                 Q_EMIT self->appsLoadingChanged();

@@ -1,6 +1,7 @@
 #include "analytics/Analytics.h"
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
+#include "platform/SystemAppearance.h"
 #include "platform/WindowChrome.h"
 #include "localization/LocalizationManager.h"
 #include "screens/ScreensSetup.h"
@@ -33,8 +34,10 @@ int main(int argc, char* argv[])
     // Lives as long as the window: made before the engine, destroyed after it.
     tw::AppState state;
     tw::AdService ads(tw::LocalizationManager::shared());
+    // The screens follow the system's light or dark look and accent, live.
+    const std::unique_ptr<tw::SystemAppearance> appearance = tw::makeSystemAppearance();
     QQmlApplicationEngine engine;
-    tw::installScreens(engine);
+    tw::installScreens(engine, appearance.get());
     engine.setInitialProperties({{QStringLiteral("appState"), QVariant::fromValue(&state)},
                                  {QStringLiteral("adService"), QVariant::fromValue(&ads)}});
     QObject::connect(

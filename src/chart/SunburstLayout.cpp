@@ -125,8 +125,10 @@ const Segment* segmentAt(double dx, double dy, const std::vector<Segment>& segme
     return result;
 }
 
-Shade shadeForRing(qint64 ring)
+Shade shadeForRing(qint64 ring, bool dark)
 {
+    if (dark)
+        return {0.45, std::max(0.95 - 0.08 * double(ring), 0.55)};
     return {std::max(0.55 - 0.05 * double(ring), 0.3), std::max(0.95 - 0.04 * double(ring), 0.75)};
 }
 

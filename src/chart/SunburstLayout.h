@@ -58,6 +58,9 @@ struct Shade {
     double saturation;
     double brightness;
 };
-[[nodiscard]] Shade shadeForRing(qint64 ring);
+// On a dark background the rings keep one softer saturation (paling them
+// there would lighten them) and step down in brightness twice as fast, so
+// that neighbours stay apart; the floor keeps the outer ring off the window.
+[[nodiscard]] Shade shadeForRing(qint64 ring, bool dark = false);
 
 } // namespace tw

@@ -53,6 +53,8 @@ const Table& chinese()
         {"apps.search", "搜索应用程序…"},
         {"apps.reload", "刷新列表"},
         {"apps.loading", "正在查找应用程序…"},
+        {"apps.none", "未找到应用程序"},
+        {"apps.lookedIn", "已在以下文件夹中查找："},
         {"apps.sizeDesc", "大小 ↓"},
         {"apps.sizeAsc", "大小 ↑"},
         {"apps.nameAsc", "名称 A–Z"},
@@ -143,6 +145,22 @@ const Table& chinese()
         {"reason.privilegedHelperDeclared", "应用声明的特权辅助工具：%@"},
     }};
     return table;
+}
+
+// Where the table names the Mac or the Finder, a freedesktop.org desktop's own words.
+const Variants& chineseFreedesktop()
+{
+    static constexpr Variants variants = {{
+        {"welcome.title", "查找并释放电脑上的空间"},
+        {"welcome.scanMac", "扫描整台电脑"},
+        {"welcome.privacy", "一切都在本地运行。你的文件绝不会离开你的电脑。"},
+        {"delete.bodyDir", "该文件夹及其所有内容将被移到回收站。"},
+        {"delete.bodyFile", "该文件将被移到回收站。"},
+        {"menu.revealInFinder", "在文件管理器中显示"},
+        {"menu.revealInFinderShort", "文件管理器"},
+        {"reason.byHostPreferencesOfID", "此电脑上软件包标识符 %@ 的偏好设置"},
+    }};
+    return variants;
 }
 
 } // namespace tw::catalogue

@@ -53,6 +53,8 @@ const Table& english()
         {"apps.search", "Search applications…"},
         {"apps.reload", "Refresh list"},
         {"apps.loading", "Looking for applications…"},
+        {"apps.none", "No applications found"},
+        {"apps.lookedIn", "Looked in these folders:"},
         {"apps.sizeDesc", "Size ↓"},
         {"apps.sizeAsc", "Size ↑"},
         {"apps.nameAsc", "Name A–Z"},
@@ -143,6 +145,22 @@ const Table& english()
         {"reason.privilegedHelperDeclared", "privileged helper declared by the application: %@"},
     }};
     return table;
+}
+
+// Where the table names the Mac or the Finder, a freedesktop.org desktop's own words.
+const Variants& englishFreedesktop()
+{
+    static constexpr Variants variants = {{
+        {"welcome.title", "Find and free up space on your computer"},
+        {"welcome.scanMac", "Scan entire computer"},
+        {"welcome.privacy", "Everything runs locally. Your files never leave your computer."},
+        {"delete.bodyDir", "The folder and all of its contents will be moved to the Trash."},
+        {"delete.bodyFile", "The file will be moved to the Trash."},
+        {"menu.revealInFinder", "Show in Files"},
+        {"menu.revealInFinderShort", "In Files"},
+        {"reason.byHostPreferencesOfID", "this computer's preferences file for the bundle identifier %@"},
+    }};
+    return variants;
 }
 
 } // namespace tw::catalogue

@@ -54,6 +54,8 @@ const Table& german()
         {"apps.search", "Apps durchsuchen…"},
         {"apps.reload", "Liste aktualisieren"},
         {"apps.loading", "Apps werden gesucht…"},
+        {"apps.none", "Keine Apps gefunden"},
+        {"apps.lookedIn", "Gesucht wurde in diesen Ordnern:"},
         {"apps.sizeDesc", "Größe ↓"},
         {"apps.sizeAsc", "Größe ↑"},
         {"apps.nameAsc", "Name A–Z"},
@@ -144,6 +146,22 @@ const Table& german()
         {"reason.privilegedHelperDeclared", "privilegiertes Hilfsprogramm, von der App angegeben: %@"},
     }};
     return table;
+}
+
+// Where the table names the Mac or the Finder, a freedesktop.org desktop's own words.
+const Variants& germanFreedesktop()
+{
+    static constexpr Variants variants = {{
+        {"welcome.title", "Speicherplatz auf deinem Computer finden und freigeben"},
+        {"welcome.scanMac", "Gesamten Computer scannen"},
+        {"welcome.privacy", "Alles läuft lokal. Deine Dateien verlassen deinen Computer nie."},
+        {"delete.bodyDir", "Der Ordner wird mit seinem gesamten Inhalt in den Papierkorb gelegt."},
+        {"delete.bodyFile", "Die Datei wird in den Papierkorb gelegt."},
+        {"menu.revealInFinder", "Im Dateimanager zeigen"},
+        {"menu.revealInFinderShort", "Im Dateimanager"},
+        {"reason.byHostPreferencesOfID", "Einstellungen dieses Computers für die Bundle-ID %@"},
+    }};
+    return variants;
 }
 
 } // namespace tw::catalogue

@@ -54,6 +54,8 @@ const Table& russian()
         {"apps.search", "Поиск приложений…"},
         {"apps.reload", "Обновить список"},
         {"apps.loading", "Ищем приложения…"},
+        {"apps.none", "Приложения не найдены"},
+        {"apps.lookedIn", "Поиск выполнялся в этих папках:"},
         {"apps.sizeDesc", "Размер ↓"},
         {"apps.sizeAsc", "Размер ↑"},
         {"apps.nameAsc", "Имя А–Я"},
@@ -144,6 +146,22 @@ const Table& russian()
         {"reason.privilegedHelperDeclared", "привилегированный помощник, объявленный приложением: %@"},
     }};
     return table;
+}
+
+// Where the table names the Mac or the Finder, a freedesktop.org desktop's own words.
+const Variants& russianFreedesktop()
+{
+    static constexpr Variants variants = {{
+        {"welcome.title", "Найдите и освободите место на компьютере"},
+        {"welcome.scanMac", "Сканировать весь компьютер"},
+        {"welcome.privacy", "Всё работает локально. Файлы никогда не покидают ваш компьютер."},
+        {"delete.bodyDir", "Папка со всем содержимым будет перемещена в корзину."},
+        {"delete.bodyFile", "Файл будет перемещён в корзину."},
+        {"menu.revealInFinder", "Показать в файловом менеджере"},
+        {"menu.revealInFinderShort", "В файловом менеджере"},
+        {"reason.byHostPreferencesOfID", "настройки этого компьютера для идентификатора пакета %@"},
+    }};
+    return variants;
 }
 
 } // namespace tw::catalogue

@@ -12,8 +12,8 @@
 namespace tw {
 
 LocalizationManager::LocalizationManager(SettingsStore& store, const QStringList& preferredLanguages,
-                                         QObject* parent)
-    : QObject(parent), m_store(store), m_current(Language::english)
+                                         TextPlatform platform, QObject* parent)
+    : QObject(parent), m_store(store), m_platform(platform), m_current(Language::english)
 {
     const auto stored = m_store.string(QString::fromLatin1(kSettingsKey));
     const auto chosen = stored ? languageFromCode(*stored) : std::nullopt;
@@ -26,7 +26,7 @@ LocalizationManager& LocalizationManager::shared()
 {
     static SystemSettingsStore store;
     static LocalizationManager* const instance = [] {
-        auto* made = new LocalizationManager(store, systemPreferredLanguages());
+        auto* made = new LocalizationManager(store, systemPreferredLanguages(), hostTextPlatform());
         // A worker that asks first must not leave the instance bound to a
         // thread that ends; the views connect to it from the GUI thread.
         if (const QCoreApplication* app = QCoreApplication::instance(); app && made->thread() != app->thread())
@@ -45,12 +45,12 @@ void LocalizationManager::setCurrent(Language language)
     Q_EMIT currentChanged();
 }
 
-QString LocalizationManager::lookup(Language language, const QString& key)
+QString LocalizationManager::lookup(TextPlatform platform, Language language, const QString& key)
 {
-    const auto& own = catalogue::table(language);
+    const auto& own = catalogue::table(platform, language);
     if (const auto found = own.constFind(key); found != own.constEnd())
         return *found;
-    const auto& english = catalogue::table(Language::english);
+    const auto& english = catalogue::table(platform, Language::english);
     if (const auto found = english.constFind(key); found != english.constEnd())
         return *found;
     return key;
@@ -58,23 +58,30 @@ QString LocalizationManager::lookup(Language language, const QString& key)
 
 QString LocalizationManager::string(const QString& key) const
 {
-    return lookup(current(), key);
+    return lookup(m_platform, current(), key);
+}
+
+QString LocalizationManager::text(Language language, const QString& key) const
+{
+    return lookup(m_platform, language, key);
 }
 
 QVariantMap LocalizationManager::strings() const
 {
     // The tables never change, so each language's map is made once and
     // handed out as a shared copy; bindings read it often.
-    static const std::array<QVariantMap, allLanguages.size()> maps = [] {
-        std::array<QVariantMap, allLanguages.size()> built;
-        for (Language language : allLanguages)
-            for (const catalogue::Entry& entry : catalogue::english()) {
-                const QString key = QString::fromUtf8(entry.key);
-                built[std::size_t(language)].insert(key, lookup(language, key));
-            }
+    using Maps = std::array<std::array<QVariantMap, allLanguages.size()>, allTextPlatforms.size()>;
+    static const Maps maps = [] {
+        Maps built;
+        for (TextPlatform platform : allTextPlatforms)
+            for (Language language : allLanguages)
+                for (const catalogue::Entry& entry : catalogue::english()) {
+                    const QString key = QString::fromUtf8(entry.key);
+                    built[std::size_t(platform)][std::size_t(language)].insert(key, lookup(platform, language, key));
+                }
         return built;
     }();
-    return maps[std::size_t(current())];
+    return maps[std::size_t(m_platform)][std::size_t(current())];
 }
 
 } // namespace tw

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "localization/Language.h"
+#include "localization/TextPlatform.h"
 
 #include <QObject>
 #include <QString>
@@ -16,7 +17,9 @@ class SettingsStore;
 // Picks the interface language, remembers the user's choice, and answers
 // text lookups: the current language's table, then English, then the bare
 // key. One instance serves the process (shared()); tests make their own with
-// a fake store and a made-up list of preferred languages. The manager keeps
+// a fake store and a made-up list of preferred languages, and may ask for
+// either platform's words (the process's instance speaks its own host's).
+// The manager keeps
 // a reference to the store, which must outlive it.
 //
 // Set the language on the GUI thread; current(), string() and lookup() may
@@ -36,7 +39,9 @@ public:
 
     // Reads the stored choice; a value that names no language is ignored,
     // left in the store, and the system's list decides. Nothing is written.
-    LocalizationManager(SettingsStore& store, const QStringList& preferredLanguages, QObject* parent = nullptr);
+    LocalizationManager(SettingsStore& store, const QStringList& preferredLanguages,
+                        TextPlatform platform = hostTextPlatform(),
+                        QObject* parent = nullptr);
 
     // The process's instance, on QSettings and the system's preferred
     // languages; made on first use, whatever the thread, and handed to the
@@ -48,8 +53,12 @@ public:
     // current one; the same language again changes and writes nothing.
     void setCurrent(Language language);
 
+    [[nodiscard]] TextPlatform platform() const { return m_platform; }
+
     [[nodiscard]] Q_INVOKABLE QString string(const QString& key) const;
-    [[nodiscard]] static QString lookup(Language language, const QString& key);
+    // The text of `key` in `language`, in this manager's platform's words.
+    [[nodiscard]] QString text(Language language, const QString& key) const;
+    [[nodiscard]] static QString lookup(TextPlatform platform, Language language, const QString& key);
     [[nodiscard]] QVariantMap strings() const;
 
     Q_INVOKABLE QString nativeName(tw::Language language) const { return languageNativeName(language); }
@@ -59,6 +68,7 @@ Q_SIGNALS:
 
 private:
     SettingsStore& m_store;
+    const TextPlatform m_platform;
     std::atomic<Language> m_current;
 };
 

@@ -54,7 +54,7 @@ ColumnLayout {
         Layout.rightMargin: 20
         implicitHeight: factRows.implicitHeight + 20
         radius: 8
-        color: Qt.rgba(0, 0, 0, 0.04)
+        color: Style.tint(Style.secondary, 0.08)
         Column {
             id: factRows
             objectName: "deleteFacts"

@@ -34,14 +34,14 @@ Dialog {
                 width: parent.width + index * 4
                 height: parent.height + index * 4
                 radius: 12 + index * 2
-                color: Qt.rgba(0, 0, 0, 0.22 / 12)
+                color: Style.tint(Style.shadow, 0.22 / 12)
             }
         }
         Rectangle {
             anchors.fill: parent
             radius: 12
             color: Style.windowBackground
-            border.color: Qt.rgba(0, 0, 0, 0.12)
+            border.color: Style.menuEdge
             border.width: 0.5
         }
     }

@@ -12,6 +12,23 @@ Item {
     // The sponsored feed; no bar without one (tests and the screenshot tool).
     property AdService adService: null
     property int leadingInset: 0
+    // What a host that paints the window behind this content paints it with.
+    readonly property color windowBackground: Style.windowBackground
+    // The stock controls (fields, menus, combo boxes, tooltips) in the
+    // screens' colours, so they read in the light and the dark look alike.
+    palette.window: Style.windowBackground
+    palette.windowText: Style.primary
+    palette.base: Style.controlBackground
+    palette.alternateBase: Style.menuBackground
+    palette.text: Style.primary
+    palette.button: Style.controlBackground
+    palette.buttonText: Style.primary
+    palette.highlight: Style.accent
+    palette.highlightedText: Style.textOnAccent
+    palette.toolTipBase: Style.menuBackground
+    palette.toolTipText: Style.primary
+    palette.placeholderText: Style.secondary
+    palette.mid: Style.controlEdge
     // A dialog, an alert or the folder picker is up. The screens beneath are
     // disabled meanwhile: Tab stays within the dialog, and no key of a
     // screen's (GuardedShortcut) acts behind it.

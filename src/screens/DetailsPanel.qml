@@ -12,7 +12,7 @@ Rectangle {
     implicitWidth: 280
     radius: 14
     color: Style.thinMaterial
-    border.color: Qt.rgba(1, 1, 1, 0.08)
+    border.color: Style.sheen
     border.width: 0.5
 
     LargestChildrenModel {
@@ -109,7 +109,7 @@ Rectangle {
                 width: ListView.view.width - 12
                 implicitHeight: content.implicitHeight + 12
                 radius: 8
-                color: isHovered ? Qt.rgba(0, 0.478, 1, 0.12) : "transparent"
+                color: isHovered ? Style.tint(Style.accent, 0.12) : "transparent"
                 Accessible.role: Accessible.ListItem
                 Accessible.name: accessibleText
                 Accessible.focusable: true

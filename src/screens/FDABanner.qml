@@ -16,7 +16,7 @@ Rectangle {
     signal dismiss()
 
     implicitHeight: content.implicitHeight + 16
-    color: Qt.rgba(1, 0.584, 0, 0.12)
+    color: Style.tint(Style.orange, 0.12)
 
     RowLayout {
         id: content

@@ -13,6 +13,6 @@ Rectangle {
     radius: cornerRadius + 3
     color: "transparent"
     border.width: 3
-    border.color: Qt.rgba(0, 0.478, 1, 0.5)
+    border.color: Style.focusRing
     visible: control !== null && (control.visualFocus ?? control.activeFocus) === true
 }

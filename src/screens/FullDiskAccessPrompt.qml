@@ -52,7 +52,7 @@ ColumnLayout {
         Layout.rightMargin: 20
         implicitHeight: steps.implicitHeight + 20
         radius: 8
-        color: Qt.rgba(0, 0, 0, 0.04)
+        color: Style.tint(Style.secondary, 0.08)
         Column {
             id: steps
             x: 10
@@ -70,7 +70,7 @@ ColumnLayout {
                         width: 18
                         height: 18
                         radius: 9
-                        color: Qt.rgba(0, 0.478, 1, 0.18)
+                        color: Style.tint(Style.accent, 0.18)
                         Text {
                             anchors.centerIn: parent
                             text: index + 1

@@ -15,14 +15,14 @@ Item {
             width: parent.width + index * 3
             height: parent.height + index * 3
             radius: 8 + index * 1.5
-            color: Qt.rgba(0, 0, 0, 0.2 / 10)
+            color: Style.tint(Style.shadow, 0.2 / 10)
         }
     }
     Rectangle {
         anchors.fill: parent
         radius: 8
-        color: "#f6f6f6"
-        border.color: Qt.rgba(0, 0, 0, 0.12)
+        color: Style.menuBackground
+        border.color: Style.menuEdge
         border.width: 0.5
     }
 }

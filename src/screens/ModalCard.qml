@@ -18,7 +18,7 @@ Item {
 
     Rectangle {
         anchors.fill: parent
-        color: Qt.rgba(0, 0, 0, 0.25)
+        color: Style.tint(Style.shadow, 0.25)
         // Swallows clicks and hovers meant for what lies below.
         MouseArea {
             anchors.fill: parent
@@ -37,7 +37,7 @@ Item {
             width: card.width + index * 5
             height: card.height + index * 5
             radius: 14 + index * 2.5
-            color: Qt.rgba(0, 0, 0, 0.4 / 24)
+            color: Style.tint(Style.shadow, 0.4 / 24)
             scale: card.scale
         }
     }

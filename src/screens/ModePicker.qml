@@ -10,7 +10,7 @@ Rectangle {
     implicitWidth: 280
     implicitHeight: 26
     radius: 7
-    color: Qt.rgba(0, 0, 0, 0.06)
+    color: Style.tint(Style.primary, 0.07)
 
     Row {
         anchors.fill: parent
@@ -34,8 +34,8 @@ Rectangle {
                 Accessible.name: Loc.strings[modelData.key]
                 background: Rectangle {
                     radius: 5
-                    color: segment.selected ? "#ffffff" : "transparent"
-                    border.color: segment.selected ? Qt.rgba(0, 0, 0, 0.08) : "transparent"
+                    color: segment.selected ? Style.controlBackground : "transparent"
+                    border.color: segment.selected ? Style.controlEdge : "transparent"
                     FocusRing {
                         control: segment
                         cornerRadius: 5

@@ -23,8 +23,8 @@ Button {
     background: Rectangle {
         radius: 6
         color: button.filled ? (button.down ? Qt.darker(button.fill, 1.15) : button.fill)
-                             : (button.down ? "#dcdcdc" : "#ffffff")
-        border.color: button.filled ? "transparent" : Qt.rgba(0, 0, 0, 0.15)
+                             : (button.down ? Style.controlPressed : Style.controlBackground)
+        border.color: button.filled ? "transparent" : Style.controlEdge
         border.width: 1
         opacity: button.enabled ? 1 : 0.5
         FocusRing {
@@ -43,14 +43,14 @@ Button {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: button.symbol !== ""
                 symbol: button.symbol
-                tint: button.filled ? "#ffffff" : Style.primary
+                tint: button.filled ? Style.textOnAccent : Style.primary
                 size: 13
             }
             Text {
                 anchors.verticalCenter: parent.verticalCenter
                 text: button.text
                 font: button.font
-                color: button.filled ? "#ffffff" : Style.primary
+                color: button.filled ? Style.textOnAccent : Style.primary
             }
         }
     }

@@ -2,6 +2,7 @@
 
 #include "network/RequestLimits.h"
 #include "screens/AppIconProvider.h"
+#include "screens/AppearanceQml.h"
 #include "screens/SymbolImageProvider.h"
 
 #include <QQmlEngine>
@@ -23,19 +24,20 @@ public:
 };
 } // namespace
 
-void installScreens(QQmlEngine& engine)
+void installScreens(QQmlEngine& engine, SystemAppearance* appearance)
 {
     // Outlives every engine: the engine does not own its factory.
     static LimitedImageNetwork network;
     engine.setNetworkAccessManagerFactory(&network);
+    AppearanceQml::setSource(engine, appearance);
     engine.addImportPath(QStringLiteral("qrc:/"));
     engine.addImageProvider(QStringLiteral("symbol"), new SymbolImageProvider);
     engine.addImageProvider(QStringLiteral("appicon"), new AppIconProvider);
 }
 
-void loadContentView(QQuickView& view, const QVariantMap& properties)
+void loadContentView(QQuickView& view, const QVariantMap& properties, SystemAppearance* appearance)
 {
-    installScreens(*view.engine());
+    installScreens(*view.engine(), appearance);
     view.setInitialProperties(properties);
     view.setResizeMode(QQuickView::SizeRootObjectToView);
     view.resize(1080, 720);

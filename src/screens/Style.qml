@@ -1,17 +1,41 @@
 pragma Singleton
 import QtQuick
+import Tidewick
 
-// The screens' colours and sizes, in one place. Light appearance, after the
-// system's own: label colours are black at the system's opacities.
+// The screens' colours and sizes, in one place, after the system's own
+// palettes: label colours are black (light) or white (dark) at the system's
+// opacities. Every colour follows the system's appearance as it changes.
 QtObject {
-    readonly property color windowBackground: "#ececec"
-    readonly property color primary: Qt.rgba(0, 0, 0, 0.85)
-    readonly property color secondary: Qt.rgba(0, 0, 0, 0.5)
-    readonly property color accent: "#007aff"
-    readonly property color destructive: "#ff3b30"
-    readonly property color orange: "#ff9500"
-    readonly property color divider: Qt.rgba(0, 0, 0, 0.1)
-    readonly property color thinMaterial: Qt.rgba(1, 1, 1, 0.55)
-    readonly property color ultraThinMaterial: Qt.rgba(1, 1, 1, 0.82)
+    readonly property bool dark: Appearance.dark
+
+    readonly property color windowBackground: dark ? "#323232" : "#ececec"
+    readonly property color primary: dark ? Qt.rgba(1, 1, 1, 0.85) : Qt.rgba(0, 0, 0, 0.85)
+    readonly property color secondary: dark ? Qt.rgba(1, 1, 1, 0.55) : Qt.rgba(0, 0, 0, 0.5)
+    readonly property color accent: Appearance.accent
+    readonly property color destructive: dark ? "#ff453a" : "#ff3b30"
+    readonly property color orange: dark ? "#ff9f0a" : "#ff9500"
+    readonly property color divider: dark ? Qt.rgba(1, 1, 1, 0.1) : Qt.rgba(0, 0, 0, 0.1)
+    readonly property color thinMaterial: dark ? Qt.rgba(0.18, 0.18, 0.18, 0.6) : Qt.rgba(1, 1, 1, 0.55)
+    readonly property color ultraThinMaterial: dark ? Qt.rgba(0.16, 0.16, 0.16, 0.86) : Qt.rgba(1, 1, 1, 0.82)
+    // A push button's face, at rest and pressed, and its rim.
+    readonly property color controlBackground: dark ? "#5b5b5b" : "#ffffff"
+    readonly property color controlPressed: dark ? "#6e6e6e" : "#dcdcdc"
+    readonly property color controlEdge: dark ? Qt.rgba(1, 1, 1, 0.1) : Qt.rgba(0, 0, 0, 0.13)
+    // Text and symbols on an accent or destructive fill.
+    readonly property color textOnAccent: "#ffffff"
+    // Menus and alerts: their face and rim.
+    readonly property color menuBackground: dark ? "#2b2b2b" : "#f6f6f6"
+    readonly property color menuEdge: dark ? Qt.rgba(1, 1, 1, 0.16) : Qt.rgba(0, 0, 0, 0.12)
+    // The light catch on a material's edge, the dimming under a dialog and shadows.
+    readonly property color sheen: dark ? Qt.rgba(1, 1, 1, 0.06) : Qt.rgba(1, 1, 1, 0.08)
+    readonly property color shadow: "#000000"
+    // The keyboard's focus ring.
+    readonly property color focusRing: tint(accent, 0.5)
     readonly property string monospace: "DejaVu Sans Mono"
+
+    // A named colour at a given opacity, as the screens describe "the
+    // secondary colour at opacity 0.08".
+    function tint(colour: color, opacity: real): color {
+        return Qt.rgba(colour.r, colour.g, colour.b, colour.a * opacity)
+    }
 }

@@ -14,6 +14,7 @@ Item {
         anchors.fill: parent
         state: chart.appState
         hubColor: Style.windowBackground
+        dark: Style.dark
         // The subject of an open menu stays highlighted.
         holdsHover: menu.visible
         // A picture to a screen reader: the focus it shows; its sectors are

@@ -88,9 +88,9 @@ void paintBand(const Picture& picture, const PixelBand& band)
 }
 } // namespace
 
-QColor sectorFill(const Segment& segment, const FileNode* hovered)
+QColor sectorFill(const Segment& segment, const FileNode* hovered, bool dark)
 {
-    const Shade shade = shadeForRing(segment.ring);
+    const Shade shade = shadeForRing(segment.ring, dark);
     QColor fill =
         QColor::fromHsvF(float(segment.colorHue), float(shade.saturation), float(shade.brightness));
     bool bright = !hovered || segment.node == hovered;
@@ -110,7 +110,8 @@ void appendSectorOutline(std::vector<QPointF>& points, const RingFrame& ring, do
 }
 
 void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
-                   const std::vector<Segment>& segments, const Segment* hit, const QColor& hubColor)
+                   const std::vector<Segment>& segments, const Segment* hit, const QColor& hubColor,
+                   bool dark)
 {
     Q_ASSERT(canvas.format() == QImage::Format_ARGB32_Premultiplied);
     const double scale = canvas.devicePixelRatio();
@@ -119,7 +120,8 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
     const FileNode* hitNode = hit ? hit->node : nullptr;
 
     Picture picture;
-    QColor thinStroke(Qt::white);
+    // Sectors part with a line of the background's kind: white on light, black on dark.
+    QColor thinStroke(dark ? Qt::black : Qt::white);
     thinStroke.setAlphaF(0.35F);
     picture.strokes = {qPremultiply(thinStroke.rgba()), 0.8 * scale, qRgba(255, 255, 255, 255),
                        2.2 * scale};
@@ -129,7 +131,7 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
 
     for (const Segment& segment : segments) {
         const bool isHit = hitNode && segment.node == hitNode;
-        const QColor fill = sectorFill(segment, hitNode);
+        const QColor fill = sectorFill(segment, hitNode, dark);
         const double outer = segment.outerRadius * scale;
         const double inner = segment.innerRadius * scale;
         if ((segment.endAngle - segment.startAngle) * outer < kThinSector) {

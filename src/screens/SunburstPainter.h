@@ -17,13 +17,14 @@ namespace tw {
 // the hub. With a `hit`, all but the hit sector and its ancestors fade to
 // 0.35. Shared by SunburstView and the chart benchmark so the benchmark
 // measures the real thing.
+// `dark`: the shades and thin strokes for a dark background.
 void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
                    const std::vector<Segment>& segments, const Segment* hit,
-                   const QColor& hubColor);
+                   const QColor& hubColor, bool dark = false);
 
 // A sector's fill: its hue at its ring's shade, faded to 0.35 while
 // something is hovered unless it is the hovered node or one of its ancestors.
-[[nodiscard]] QColor sectorFill(const Segment& segment, const FileNode* hovered);
+[[nodiscard]] QColor sectorFill(const Segment& segment, const FileNode* hovered, bool dark = false);
 
 // A sector of `ring` as a closed polygon, appended to `points`: the outer arc
 // from start to end, then the inner arc back, both as polylines whose chords

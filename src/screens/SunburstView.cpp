@@ -37,6 +37,15 @@ void SunburstView::setState(AppState* state)
     Q_EMIT stateChanged();
 }
 
+void SunburstView::setDark(bool dark)
+{
+    if (m_dark == dark)
+        return;
+    m_dark = dark;
+    Q_EMIT darkChanged();
+    update();
+}
+
 void SunburstView::setHubColor(const QColor& color)
 {
     if (m_hubColor == color)
@@ -68,7 +77,7 @@ void SunburstView::paint(QPainter* painter)
         m_canvas = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
     m_canvas.setDevicePixelRatio(scale);
     m_canvas.fill(Qt::transparent);
-    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor);
+    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor, m_dark);
     painter->drawImage(QPointF(0, 0), m_canvas);
 }
 

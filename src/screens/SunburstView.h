@@ -23,6 +23,8 @@ class SunburstView : public QQuickPaintedItem {
     Q_PROPERTY(tw::AppState* state READ state WRITE setState NOTIFY stateChanged)
     // The window's background, for the hub.
     Q_PROPERTY(QColor hubColor READ hubColor WRITE setHubColor NOTIFY hubColorChanged)
+    // Shades for a dark background.
+    Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
     // R × 0.22 for the current size: the hub label's width follows it.
     Q_PROPERTY(double hubRadius READ hubRadius NOTIFY hubRadiusChanged)
     // While true (a context menu is open), the hover and the fading stay on
@@ -36,6 +38,8 @@ public:
     void setState(AppState* state);
     [[nodiscard]] QColor hubColor() const { return m_hubColor; }
     void setHubColor(const QColor& color);
+    [[nodiscard]] bool dark() const { return m_dark; }
+    void setDark(bool dark);
     [[nodiscard]] double hubRadius() const;
     [[nodiscard]] bool holdsHover() const { return m_holdsHover; }
     void setHoldsHover(bool holds);
@@ -48,6 +52,7 @@ public:
 Q_SIGNALS:
     void stateChanged();
     void hubColorChanged();
+    void darkChanged();
     void hubRadiusChanged();
     void holdsHoverChanged();
     // A secondary click at (x, y) in the item; the menu's subject is the hover.
@@ -69,6 +74,7 @@ private:
     QColor m_hubColor{0xec, 0xec, 0xec};
     std::optional<QPointF> m_mouseLocation;
     bool m_holdsHover = false;
+    bool m_dark = false;
     QImage m_canvas; // kept between frames to spare the allocation
 };
 

@@ -18,7 +18,7 @@ ToolButton {
     Accessible.role: Accessible.Button
     background: Rectangle {
         radius: 6
-        color: button.down ? Qt.rgba(0, 0, 0, 0.1) : button.hovered && button.enabled ? Qt.rgba(0, 0, 0, 0.05) : "transparent"
+        color: button.down ? Style.tint(Style.primary, 0.12) : button.hovered && button.enabled ? Style.tint(Style.primary, 0.06) : "transparent"
         FocusRing {
             control: button
             cornerRadius: 6

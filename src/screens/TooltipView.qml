@@ -30,14 +30,14 @@ Item {
             width: tooltip.width + index * 2
             height: tooltip.height + index * 2
             radius: 10 + index
-            color: Qt.rgba(0, 0, 0, 0.16 / 8)
+            color: Style.tint(Style.shadow, 0.16 / 8)
         }
     }
     Rectangle {
         anchors.fill: parent
         radius: 10
         color: Style.ultraThinMaterial
-        border.color: Qt.rgba(1, 1, 1, 0.12)
+        border.color: Style.sheen
         border.width: 0.5
     }
 

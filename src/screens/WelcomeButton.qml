@@ -21,8 +21,8 @@ Button {
     background: Rectangle {
         radius: 7
         color: button.prominent ? (button.down ? Qt.darker(Style.accent, 1.15) : Style.accent)
-                                : (button.down ? "#dcdcdc" : "#ffffff")
-        border.color: button.prominent ? "transparent" : Qt.rgba(0, 0, 0, 0.12)
+                                : (button.down ? Style.controlPressed : Style.controlBackground)
+        border.color: button.prominent ? "transparent" : Style.controlEdge
         border.width: 1
         FocusRing {
             control: button
@@ -39,14 +39,14 @@ Button {
             SymbolIcon {
                 anchors.verticalCenter: parent.verticalCenter
                 symbol: button.symbol
-                tint: button.prominent ? "#ffffff" : Style.primary
+                tint: button.prominent ? Style.textOnAccent : Style.primary
                 size: 16
             }
             Text {
                 anchors.verticalCenter: parent.verticalCenter
                 text: button.text
                 font: button.font
-                color: button.prominent ? "#ffffff" : Style.primary
+                color: button.prominent ? Style.textOnAccent : Style.primary
             }
         }
     }

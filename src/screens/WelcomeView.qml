@@ -125,6 +125,16 @@ Item {
                     color: Style.primary
                 }
             }
+            // Its face from the screens' own colours, so it reads in both looks.
+            background: Rectangle {
+                radius: 6
+                color: reclaim.down ? Style.controlPressed : Style.controlBackground
+                border.color: Style.controlEdge
+                FocusRing {
+                    control: reclaim
+                    cornerRadius: 6
+                }
+            }
             focusPolicy: Qt.TabFocus
             ToolTip.visible: hovered
             ToolTip.delay: 600

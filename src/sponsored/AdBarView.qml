@@ -65,7 +65,7 @@ Item {
             Keys.onEnterPressed: clicked()
 
             background: Rectangle {
-                color: bar.isBanner ? Qt.rgba(0, 0, 0, 0.5 * 0.06) : Qt.rgba(0, 0, 0, 0.85 * 0.04)
+                color: bar.isBanner ? Style.tint(Style.secondary, 0.06) : Style.tint(Style.primary, 0.04)
                 border.width: button.visualFocus ? 2 : 0
                 border.color: Style.accent
             }
@@ -92,7 +92,7 @@ Item {
                         height: 18
                         anchors.verticalCenter: parent.verticalCenter
                         radius: 4
-                        color: Qt.rgba(0, 0, 0, 0.5 * 0.15)
+                        color: Style.tint(Style.secondary, 0.15)
                         clip: true
                         Image {
                             id: icon

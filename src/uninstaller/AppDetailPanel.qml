@@ -15,7 +15,7 @@ Rectangle {
 
     radius: 14
     color: Style.thinMaterial
-    border.color: Qt.rgba(1, 1, 1, 0.08)
+    border.color: Style.sheen
     border.width: 0.5
 
     component BreakdownRow: Rectangle {
@@ -27,7 +27,7 @@ Rectangle {
         width: parent ? parent.width : 0
         implicitHeight: rowLayout.implicitHeight + 12
         radius: 6
-        color: Qt.rgba(0, 0, 0, 0.03)
+        color: Style.tint(Style.secondary, 0.06)
         Accessible.role: Accessible.StaticText
         Accessible.name: title + ", " + size + (count !== "" ? ", " + count : "")
         RowLayout {
@@ -40,7 +40,7 @@ Rectangle {
                 Layout.preferredWidth: 16
                 Layout.preferredHeight: 16
                 symbol: item.symbol
-                tint: Qt.rgba(0, 0.478, 1, 0.8)
+                tint: Style.tint(Style.accent, 0.8)
                 size: 16
             }
             Column {

@@ -19,7 +19,7 @@ Rectangle {
     signal openRequested()
 
     implicitHeight: content.implicitHeight + 16 + 1
-    color: isSelected ? Qt.rgba(0, 0.478, 1, 0.14) : hover ? Qt.rgba(0, 0, 0, 0.03) : "transparent"
+    color: isSelected ? Style.tint(Style.accent, 0.14) : hover ? Style.tint(Style.secondary, 0.06) : "transparent"
     Accessible.role: Accessible.ListItem
     Accessible.name: row.app ? row.app.name + ", " + row.sizeText : ""
     Accessible.selected: isSelected

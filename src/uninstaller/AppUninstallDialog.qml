@@ -82,7 +82,7 @@ ColumnLayout {
         Layout.rightMargin: 20
         implicitHeight: banner.implicitHeight + 20
         radius: 8
-        color: Qt.rgba(1, 0.584, 0, 0.12)
+        color: Style.tint(Style.orange, 0.12)
         RowLayout {
             id: banner
             x: 10
@@ -136,7 +136,7 @@ ColumnLayout {
                 width: parent.width
                 implicitHeight: bundleRow.implicitHeight + 16
                 radius: 6
-                color: Qt.rgba(0, 0, 0, 0.03)
+                color: Style.tint(Style.secondary, 0.06)
                 RowLayout {
                     id: bundleRow
                     x: 8
@@ -213,7 +213,7 @@ ColumnLayout {
                             Layout.preferredWidth: 13
                             Layout.preferredHeight: 13
                             symbol: group.modelData.symbol
-                            tint: Qt.rgba(0, 0.478, 1, 0.8)
+                            tint: Style.tint(Style.accent, 0.8)
                             size: 13
                         }
                         Text {
@@ -231,7 +231,7 @@ ColumnLayout {
                             width: group.width
                             implicitHeight: fileRow.implicitHeight + 16
                             radius: 6
-                            color: Qt.rgba(0, 0, 0, 0.02)
+                            color: Style.tint(Style.secondary, 0.04)
                             RowLayout {
                                 id: fileRow
                                 x: 8

@@ -182,7 +182,7 @@ QString relativeDateText(const QDateTime& date, const QDateTime& now, Language l
 QString itemCountText(qint64 count, Language language)
 {
     const char* key = count == 1 ? "apps.itemOne" : "apps.itemMany";
-    return QString::number(count) + u' ' + LocalizationManager::lookup(language, QString::fromLatin1(key));
+    return QString::number(count) + u' ' + LocalizationManager::shared().text(language, QString::fromLatin1(key));
 }
 
 AppsListModel::AppsListModel(QObject* parent) : QAbstractListModel(parent)
@@ -297,8 +297,8 @@ QVariant AppsListModel::data(const QModelIndex& index, int role) const
     case OpenedTextRole: {
         const Language language = LocalizationManager::shared().current();
         if (!app->lastOpened())
-            return LocalizationManager::lookup(language, QStringLiteral("apps.neverOpened"));
-        return fillText(LocalizationManager::lookup(language, QStringLiteral("apps.openedRelative")),
+            return LocalizationManager::shared().text(language, QStringLiteral("apps.neverOpened"));
+        return fillText(LocalizationManager::shared().text(language, QStringLiteral("apps.openedRelative")),
                         relativeDateText(*app->lastOpened(), QDateTime::currentDateTime(), language));
     }
     default:

@@ -69,7 +69,7 @@ Item {
             Layout.fillHeight: true
             radius: 14
             color: Style.thinMaterial
-            border.color: Qt.rgba(1, 1, 1, 0.08)
+            border.color: Style.sheen
             border.width: 0.5
 
             ColumnLayout {
@@ -159,6 +159,46 @@ Item {
                             text: Loc.strings["apps.loading"]
                             font.pixelSize: 13
                             color: Style.secondary
+                        }
+                    }
+
+                    // Discovery found nothing: say so, and where it looked.
+                    Column {
+                        objectName: "appsEmpty"
+                        anchors.centerIn: parent
+                        width: Math.min(parent.width - 40, 420)
+                        spacing: 6
+                        visible: !view.appState.appsLoading && view.appState.appCount === 0
+                                 && view.appState.appFolders.length > 0
+                        Text {
+                            width: parent.width
+                            horizontalAlignment: Text.AlignHCenter
+                            wrapMode: Text.Wrap
+                            text: Loc.strings["apps.none"]
+                            font.pixelSize: 13
+                            font.weight: Font.DemiBold
+                            color: Style.primary
+                        }
+                        Text {
+                            width: parent.width
+                            horizontalAlignment: Text.AlignHCenter
+                            wrapMode: Text.Wrap
+                            text: Loc.strings["apps.lookedIn"]
+                            font.pixelSize: 11
+                            color: Style.secondary
+                        }
+                        Repeater {
+                            model: view.appState.appFolders
+                            Text {
+                                required property string modelData
+                                width: parent.width
+                                horizontalAlignment: Text.AlignHCenter
+                                elide: Text.ElideMiddle
+                                text: modelData
+                                font.pixelSize: 11
+                                font.family: Style.monospace
+                                color: Style.secondary
+                            }
                         }
                     }
 

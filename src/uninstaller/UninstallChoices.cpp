@@ -128,7 +128,7 @@ QVariantList UninstallChoices::groups() const
         for (const RelatedFile* file : files) {
             const QString path = QFile::decodeName(file->url);
             const QString reason = fillText(
-                LocalizationManager::lookup(language, QString::fromLatin1(matchReasonKey(file->reason.kind))),
+                LocalizationManager::shared().text(language, QString::fromLatin1(matchReasonKey(file->reason.kind))),
                 file->reason.identifier);
             rows.append(QVariantMap{{QStringLiteral("id"), file->id.toString()},
                                     {QStringLiteral("name"), path.mid(path.lastIndexOf(u'/') + 1)},

@@ -28,7 +28,7 @@ ColumnLayout {
         Layout.rightMargin: 20
         implicitHeight: cardColumn.implicitHeight + 20
         radius: 8
-        color: Qt.rgba(0, 0, 0, 0.04)
+        color: Style.tint(Style.secondary, 0.08)
         Column {
             id: cardColumn
             x: 10

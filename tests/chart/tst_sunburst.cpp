@@ -8,6 +8,7 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -199,6 +200,39 @@ private Q_SLOTS:
         for (int ring = 0; ring < 7; ++ring)
             QVERIFY(std::abs(shadeForRing(ring).saturation - saturation[ring]) < 1e-12
                     && std::abs(shadeForRing(ring).brightness - brightness[ring]) < 1e-12);
+    }
+
+    void darkShadesStandApart_data()
+    {
+        QTest::addColumn<double>("hue");
+        // The first hues a focus hands out, around the wheel.
+        for (double hue : {0.0, 0.61803398875, 0.2360679775, 0.85410196625, 0.472135955, 0.09016994375})
+            QTest::newRow(qPrintable(QString::number(hue))) << hue;
+    }
+    void darkShadesStandApart()
+    {
+        QFETCH(double, hue);
+        // Contrast of relative luminances, as for text on a background.
+        const auto luminance = [hue](qint64 ring) {
+            const Shade shade = shadeForRing(ring, true);
+            // HSV to RGB: each channel from the hue's place on the wheel.
+            const auto channel = [&](double n) {
+                const double k = std::fmod(n + hue * 6, 6);
+                const double v = shade.brightness;
+                return v - v * shade.saturation * std::max(0.0, std::min({k, 4 - k, 1.0}));
+            };
+            const auto linear = [](double v) { return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+            return 0.2126 * linear(channel(5)) + 0.7152 * linear(channel(3)) + 0.0722 * linear(channel(1));
+        };
+        const auto contrast = [](double a, double b) { return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05); };
+        const double window = 0.0319; // the dark window background, #323232
+        for (qint64 ring = 0; ring < 6; ++ring) {
+            QVERIFY2(contrast(luminance(ring), window) >= 1.9, qPrintable(QString::number(ring)));
+            // Outer rings darker, each step one the eye can tell.
+            if (ring < 5)
+                QVERIFY2(luminance(ring + 1) < luminance(ring) && contrast(luminance(ring), luminance(ring + 1)) >= 1.15,
+                         qPrintable(QString::number(ring)));
+        }
     }
 };
 

@@ -51,6 +51,15 @@ Quotes quotesOf(Language language)
     return {};
 }
 
+std::vector<std::pair<TextPlatform, Language>> everyTable()
+{
+    std::vector<std::pair<TextPlatform, Language>> all;
+    for (TextPlatform platform : allTextPlatforms)
+        for (Language language : allLanguages)
+            all.emplace_back(platform, language);
+    return all;
+}
+
 const QString kKey = QString::fromLatin1(LocalizationManager::kSettingsKey);
 const char* const kDuplicateChild = "TIDEWICK_DUPLICATE_KEY_CHILD";
 
@@ -111,18 +120,19 @@ private Q_SLOTS:
     void everyTableHoldsEveryKeyInOrder()
     {
         const catalogue::Table& english = catalogue::english();
-        for (Language language : allLanguages) {
-            const catalogue::Table& table = catalogue::source(language);
-            const auto& map = catalogue::table(language);
-            QCOMPARE(map.size(), qsizetype(catalogue::kKeyCount)); // no key twice
-            for (std::size_t i = 0; i < catalogue::kKeyCount; ++i) {
-                const QString key = QString::fromUtf8(english[i].key);
-                QCOMPARE(QString::fromUtf8(table[i].key), key);
-                const QString text = LocalizationManager::lookup(language, key);
-                QVERIFY2(!text.trimmed().isEmpty(), qPrintable(key));
-                QVERIFY2(text != key, qPrintable(key));
+        for (TextPlatform platform : allTextPlatforms)
+            for (Language language : allLanguages) {
+                const catalogue::Table& table = catalogue::source(language);
+                const auto& map = catalogue::table(platform, language);
+                QCOMPARE(map.size(), qsizetype(catalogue::kKeyCount)); // no key twice, no stray variant
+                for (std::size_t i = 0; i < catalogue::kKeyCount; ++i) {
+                    const QString key = QString::fromUtf8(english[i].key);
+                    QCOMPARE(QString::fromUtf8(table[i].key), key);
+                    const QString text = LocalizationManager::lookup(platform, language, key);
+                    QVERIFY2(!text.trimmed().isEmpty(), qPrintable(key));
+                    QVERIFY2(text != key, qPrintable(key));
+                }
             }
-        }
     }
 
     void placeholdersMatchEnglish()
@@ -130,11 +140,12 @@ private Q_SLOTS:
         for (const catalogue::Entry& entry : catalogue::english()) {
             const QString key = QString::fromUtf8(entry.key);
             const QStringList expected = placeholders(QString::fromUtf8(entry.text));
-            for (Language language : allLanguages)
-                QVERIFY2(placeholders(LocalizationManager::lookup(language, key)) == expected,
-                         qPrintable(languageCode(language) + QLatin1Char(' ') + key));
+            for (TextPlatform platform : allTextPlatforms)
+                for (Language language : allLanguages)
+                    QVERIFY2(placeholders(LocalizationManager::lookup(platform, language, key)) == expected,
+                             qPrintable(languageCode(language) + QLatin1Char(' ') + key));
         }
-        QCOMPARE(placeholders(LocalizationManager::lookup(Language::english, QStringLiteral("trash.summary"))),
+        QCOMPARE(placeholders(LocalizationManager::lookup(TextPlatform::macOS, Language::english, QStringLiteral("trash.summary"))),
                  (QStringList{QStringLiteral("%d"), QStringLiteral("%d"), QStringLiteral("%@")}));
     }
 
@@ -144,8 +155,8 @@ private Q_SLOTS:
         for (const catalogue::Entry& entry : catalogue::english()) {
             const QString key = QString::fromUtf8(entry.key);
             const QString english = QString::fromUtf8(entry.text);
-            for (Language language : allLanguages) {
-                const QString text = LocalizationManager::lookup(language, key);
+            for (const auto& [platform, language] : everyTable()) {
+                const QString text = LocalizationManager::lookup(platform, language, key);
                 const QString where = languageCode(language) + QLatin1Char(' ') + key;
                 // The product name stands as it is wherever English names it.
                 QCOMPARE(text.count(name), english.count(name));
@@ -182,10 +193,57 @@ private Q_SLOTS:
               {Language::german, "fda.step.open", "Auf „Einstellungen öffnen“ klicken"},
               {Language::russian, "welcome.scanHome", "Сканировать дом. папку"},
               {Language::german, "snapshots.result.freed", "%@ freigegeben."}})
-            QCOMPARE(LocalizationManager::lookup(language, QString::fromUtf8(key)), QString::fromUtf8(text));
+            QCOMPARE(LocalizationManager::lookup(TextPlatform::macOS, language, QString::fromUtf8(key)), QString::fromUtf8(text));
         // The fixed web address of the product.
-        QVERIFY(LocalizationManager::lookup(Language::english, QStringLiteral("appstore.limited.body"))
+        QVERIFY(LocalizationManager::lookup(TextPlatform::macOS, Language::english, QStringLiteral("appstore.limited.body"))
                     .contains(QStringLiteral("https://tidewick.app for a complete picture.")));
+    }
+
+    void eachPlatformSpeaksOfItsOwnParts_data()
+    {
+        QTest::addColumn<TextPlatform>("platform");
+        QTest::addColumn<Language>("language");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("expected");
+        const auto mac = TextPlatform::macOS;
+        const auto desktop = TextPlatform::freedesktop;
+        QTest::newRow("mac scan") << mac << Language::english << "welcome.scanMac" << "Scan entire Mac";
+        QTest::newRow("mac title") << mac << Language::english << "welcome.title" << "Find and free up space on your Mac";
+        QTest::newRow("mac reveal de") << mac << Language::german << "menu.revealInFinder" << "Im Finder zeigen";
+        QTest::newRow("mac trash ru") << mac << Language::russian << "delete.bodyFile" << "Файл будет перемещён в корзину Finder.";
+        QTest::newRow("desktop scan") << desktop << Language::english << "welcome.scanMac" << "Scan entire computer";
+        QTest::newRow("desktop title") << desktop << Language::english << "welcome.title" << "Find and free up space on your computer";
+        QTest::newRow("desktop reveal") << desktop << Language::english << "menu.revealInFinder" << "Show in Files";
+        QTest::newRow("desktop trash") << desktop << Language::english << "delete.bodyDir" << "The folder and all of its contents will be moved to the Trash.";
+        QTest::newRow("desktop scan zh") << desktop << Language::chinese << "welcome.scanMac" << "扫描整台电脑";
+        QTest::newRow("desktop shared") << desktop << Language::german << "mode.apps" << "Apps";
+    }
+    void eachPlatformSpeaksOfItsOwnParts()
+    {
+        QFETCH(TextPlatform, platform);
+        QFETCH(Language, language);
+        QFETCH(QString, key);
+        QFETCH(QString, expected);
+        test::MemoryStore store;
+        LocalizationManager manager(store, {languageCode(language)}, platform);
+        QCOMPARE(manager.string(key), expected);
+        QCOMPARE(manager.strings().value(key).toString(), expected);
+        QCOMPARE(manager.text(language, key), expected);
+    }
+
+    void otherDesktopsNeverHearOfTheMacOrTheFinder()
+    {
+        static const QRegularExpression mac(QStringLiteral("(?<![A-Za-z])Mac(?![A-Za-z])|Finder|访达"));
+        for (Language language : allLanguages) {
+            const catalogue::Table& own = catalogue::source(language);
+            for (const catalogue::Entry& entry : own) {
+                const QString key = QString::fromUtf8(entry.key);
+                const QString text = LocalizationManager::lookup(TextPlatform::freedesktop, language, key);
+                QVERIFY2(!mac.match(text).hasMatch(), qPrintable(languageCode(language) + u' ' + key + u' ' + text));
+                // The Mac keeps every word of its own table.
+                QCOMPARE(LocalizationManager::lookup(TextPlatform::macOS, language, key), QString::fromUtf8(entry.text));
+            }
+        }
     }
 
     void aDuplicateKeyStopsTheBuild()
@@ -212,7 +270,7 @@ private Q_SLOTS:
     {
         test::MemoryStore store;
         store.values[kKey] = QStringLiteral("ru");
-        LocalizationManager manager(store, {});
+        LocalizationManager manager(store, {}, TextPlatform::macOS);
         QCOMPARE(manager.string(QStringLiteral("no.such.key")), QStringLiteral("no.such.key"));
         QCOMPARE(manager.string(QStringLiteral("mode.apps")), QStringLiteral("Приложения"));
         QCOMPARE(manager.strings().value(QStringLiteral("mode.apps")).toString(), QStringLiteral("Приложения"));
@@ -221,16 +279,16 @@ private Q_SLOTS:
         manager.setCurrent(Language::german);
         const QVariantMap german = manager.strings();
         for (auto it = german.cbegin(); it != german.cend(); ++it)
-            QCOMPARE(it.value().toString(), LocalizationManager::lookup(Language::german, it.key()));
+            QCOMPARE(it.value().toString(), LocalizationManager::lookup(TextPlatform::macOS, Language::german, it.key()));
     }
 
     void currentIsReadableWhileTheLanguageChanges()
     {
         test::MemoryStore store;
-        LocalizationManager manager(store, {});
+        LocalizationManager manager(store, {}, TextPlatform::macOS);
         QStringList folderTexts;
         for (Language language : allLanguages)
-            folderTexts << LocalizationManager::lookup(language, QStringLiteral("mode.folder"));
+            folderTexts << LocalizationManager::lookup(TextPlatform::macOS, language, QStringLiteral("mode.folder"));
 
         std::atomic<bool> stop = false;
         std::atomic<int> wrong = 0;
@@ -239,7 +297,7 @@ private Q_SLOTS:
             readers.emplace_back([&] {
                 while (!stop.load()) {
                     const Language seen = manager.current();
-                    if (LocalizationManager::lookup(seen, QStringLiteral("mode.folder")) != folderTexts[int(seen)]
+                    if (LocalizationManager::lookup(TextPlatform::macOS, seen, QStringLiteral("mode.folder")) != folderTexts[int(seen)]
                         || !folderTexts.contains(manager.string(QStringLiteral("mode.folder"))))
                         ++wrong;
                 }
@@ -282,7 +340,7 @@ private Q_SLOTS:
         QFETCH(Language, expected);
         QCOMPARE(detectLanguage(preferred), expected);
         test::MemoryStore store;
-        LocalizationManager manager(store, preferred);
+        LocalizationManager manager(store, preferred, TextPlatform::macOS);
         QCOMPARE(manager.current(), expected);
         QCOMPARE(store.writes, 0); // the detected language is not written back
     }
@@ -291,18 +349,18 @@ private Q_SLOTS:
     {
         test::MemoryStore store;
         store.values[kKey] = QStringLiteral("ru");
-        LocalizationManager stored(store, {QStringLiteral("de-DE")});
+        LocalizationManager stored(store, {QStringLiteral("de-DE")}, TextPlatform::macOS);
         QCOMPARE(stored.current(), Language::russian);
 
         // A value that names no language is ignored, and stays until a change.
         for (const char* bad : {"fr", "EN", ""}) {
             store.values[kKey] = QLatin1String(bad);
-            LocalizationManager manager(store, {QStringLiteral("de-DE")});
+            LocalizationManager manager(store, {QStringLiteral("de-DE")}, TextPlatform::macOS);
             QCOMPARE(manager.current(), Language::german);
             QCOMPARE(store.values[kKey], QLatin1String(bad));
         }
 
-        LocalizationManager manager(store, {QStringLiteral("de-DE")});
+        LocalizationManager manager(store, {QStringLiteral("de-DE")}, TextPlatform::macOS);
         QSignalSpy changes(&manager, &LocalizationManager::currentChanged);
         const int before = store.writes;
         manager.setCurrent(Language::german); // the same language: nothing written

@@ -13,6 +13,7 @@
 #include "platform/VolumeFacts.h"
 #include "localization/LocalizationManager.h"
 #include "screens/ScreensSetup.h"
+#include "platform/SystemAppearance.h"
 
 #include <QQuickStyle>
 #include <QStandardPaths>
@@ -65,21 +66,24 @@ inline void failOnRecordedWarnings()
 // One window with its own AppState.
 struct Window {
     explicit Window(const VolumeFacts& volumes, const DiskAccess& access,
-                    std::function<std::optional<QString>(const QByteArray&)> recycle = {})
-        : Window([&] {
-              AppState::Services services;
-              services.recycle = std::move(recycle);
-              services.volumes = &volumes;
-              services.diskAccess = &access;
-              return services;
-          }())
+                    std::function<std::optional<QString>(const QByteArray&)> recycle = {},
+                    SystemAppearance* appearance = nullptr)
+        : Window(
+              [&] {
+                  AppState::Services services;
+                  services.recycle = std::move(recycle);
+                  services.volumes = &volumes;
+                  services.diskAccess = &access;
+                  return services;
+              }(),
+              appearance)
     {
     }
-    explicit Window(AppState::Services services)
+    explicit Window(AppState::Services services, SystemAppearance* appearance = nullptr)
     {
         services.scannerOptions.workers = 1;
         state = std::make_unique<AppState>(services);
-        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(state.get())}});
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(state.get())}}, appearance);
         view.show();
     }
     ~Window() { state->cancelScan(); }

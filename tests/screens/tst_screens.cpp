@@ -356,7 +356,7 @@ private Q_SLOTS:
         // A file: three facts and the file's sentence. Escape leaves everything as it was.
         openFor("file");
         QCOMPARE(rowsShown(), 3);
-        QCOMPARE(w.text("deleteBody"), QStringLiteral("The file will be moved to the Finder Trash."));
+        QCOMPARE(w.text("deleteBody"), LocalizationManager::shared().string(QStringLiteral("delete.bodyFile")));
         const qint64 before = w.state->root()->size();
         w.key(Qt::Key_Escape);
         QVERIFY(!w.state->hasDeleteCandidate());
@@ -366,8 +366,7 @@ private Q_SLOTS:
         // An empty folder: four facts, "0" files.
         openFor("empty");
         QCOMPARE(rowsShown(), 4);
-        QCOMPARE(w.text("deleteBody"),
-                 QStringLiteral("The folder and all of its contents will be moved to the Finder Trash."));
+        QCOMPARE(w.text("deleteBody"), LocalizationManager::shared().string(QStringLiteral("delete.bodyDir")));
         w.click("deleteCancel");
         QVERIFY(!w.state->hasDeleteCandidate());
         QTRY_VERIFY(!w.shows("deleteCard"));

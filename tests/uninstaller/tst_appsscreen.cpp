@@ -95,7 +95,7 @@ private Q_SLOTS:
         QCOMPARE(itemCountText(1, Language::english), QStringLiteral("1 item"));
         QCOMPARE(itemCountText(21, Language::english), QStringLiteral("21 items"));
         QCOMPARE(itemCountText(21, Language::russian),
-                 QStringLiteral("21 ") + LocalizationManager::lookup(Language::russian, QStringLiteral("apps.itemMany")));
+                 QStringLiteral("21 ") + LocalizationManager::shared().text(Language::russian, QStringLiteral("apps.itemMany")));
     }
 
     void dialogDefaultsMergeAndButton()

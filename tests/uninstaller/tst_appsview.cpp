@@ -38,6 +38,7 @@ private Q_SLOTS:
 
         w.state->setMode(AppState::Mode::apps);
         QTRY_COMPARE(count(), 3);
+        QVERIFY(!w.item("appsEmpty")->isVisible());
         QQuickItem* screen = w.item("appsScreen");
         QQuickItem* search = w.item("appsSearch");
 
@@ -73,6 +74,36 @@ private Q_SLOTS:
         QVERIFY(screen->property("selected").value<InstalledApp*>() == nullptr);
         QTRY_VERIFY(!w.shows("appDetailPanel"));
     }
+
+    void findingNothingSaysWhereItLooked()
+    {
+        // Real discovery over two folders that hold no application.
+        QTemporaryDir dir;
+        const QByteArray empty = QFile::encodeName(dir.path()) + "/Applications";
+        makeDir(empty);
+        const QByteArray missing = QFile::encodeName(dir.path()) + "/nowhere";
+        AppState::Services services;
+        services.applicationRoots = [=] { return QByteArrayList{empty, missing}; };
+        AppState state(services);
+        QQuickView view;
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}});
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QQuickItem* notice = Window::findIn(view.contentItem(), QStringLiteral("appsEmpty"));
+        QVERIFY(notice && !notice->isVisible());
+
+        state.setMode(AppState::Mode::apps);
+        QTRY_VERIFY(notice->isVisible());
+        QStringList shown;
+        for (QQuickItem* line : notice->childItems())
+            if (line->property("text").isValid()) // not the Repeater
+                shown << line->property("text").toString();
+        QCOMPARE(shown, (QStringList{Loc(QStringLiteral("apps.none")), Loc(QStringLiteral("apps.lookedIn")),
+                                               QFile::decodeName(empty), QFile::decodeName(missing)}));
+    }
+
+private:
+    static QString Loc(const QString& key) { return LocalizationManager::shared().string(key); }
 };
 
 TIDEWICK_TEST_MAIN(AppsViewTest)

@@ -1,5 +1,7 @@
 #include "AppsCommand.h"
 
+#include "Commands.h"
+
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
 #include "uninstaller/AppDiscovery.h"
@@ -73,12 +75,9 @@ int runRelated(const QByteArrayList& args)
         }
     }
     const auto app = bundle.isEmpty() ? nullptr : AppDiscovery::makeInstalledApp(bundle);
-    if (!app) {
-        std::fputs("usage: tidewick-cli related BUNDLE.app [--home DIR] [--system-library DIR]\n"
-                   "       (the bundle needs an Info.plist with CFBundleIdentifier)\n",
-                   stderr);
-        return 2;
-    }
+    if (!app)
+        return usageError("related", bundle.isEmpty() ? QByteArray("needs one BUNDLE")
+                                                      : bundle + " is no application bundle (no CFBundleIdentifier)");
     const AppRelatedFiles::Identity identity =
         AppRelatedFiles::Identity::build(app->bundleID(), app->name(), app->url());
     QJsonArray files;
@@ -90,7 +89,7 @@ int runRelated(const QByteArrayList& args)
                                  {QStringLiteral("shared"), file.isShared},
                                  {QStringLiteral("reason"),
                                   fillText(LocalizationManager::lookup(
-                                               Language::english, QString::fromLatin1(matchReasonKey(file.reason.kind))),
+                                               hostTextPlatform(), Language::english, QString::fromLatin1(matchReasonKey(file.reason.kind))),
                                            file.reason.identifier)}});
         total += file.size;
     }

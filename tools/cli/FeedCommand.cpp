@@ -1,5 +1,7 @@
 #include "FeedCommand.h"
 
+#include "Commands.h"
+
 #include "localization/Language.h"
 #include "sponsored/AdFeed.h"
 
@@ -67,14 +69,12 @@ int runFeed(const QStringList& args)
         } else if (args[i] == QLatin1String("--locale") && hasValue && languageFromCode(args[i + 1])) {
             language = *languageFromCode(args[++i]);
         } else {
-            std::fputs("usage: tidewick-cli feed [--base URL] [--locale en|ru|de|zh]\n", stderr);
-            return 2;
+            return usageError("feed", args[i] == QLatin1String("--locale") ? QByteArray("--locale takes en, ru, de or zh")
+                                                                           : "unexpected " + args[i].toLocal8Bit());
         }
     }
-    if (!base.isValid() || base.scheme().isEmpty()) {
-        std::fputs("feed: --base needs an absolute address such as http://127.0.0.1:8080\n", stderr);
-        return 2;
-    }
+    if (!base.isValid() || base.scheme().isEmpty())
+        return usageError("feed", "--base needs an absolute address such as http://127.0.0.1:8080");
 
     QNetworkAccessManager network;
     QEventLoop loop;

@@ -1,5 +1,7 @@
 #include "ScanCommand.h"
 
+#include "Commands.h"
+
 #include "app/UnseenSpace.h"
 #include "platform/ProcessRunner.h"
 #include "platform/VolumeFacts.h"
@@ -28,9 +30,11 @@ struct ScanArgs {
     bool quiet = false;
 };
 
-std::optional<ScanArgs> parse(const QByteArrayList& args)
+// The arguments, or what is wrong with them in `error`.
+std::optional<ScanArgs> parse(const QByteArrayList& args, QByteArray& error)
 {
     ScanArgs out;
+    bool operandsOnly = false;
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QByteArray& a = args[i];
         auto number = [&](std::optional<int>& into) {
@@ -39,23 +43,37 @@ std::optional<ScanArgs> parse(const QByteArrayList& args)
                 into = args[++i].toInt(&ok);
             return ok && *into >= 0;
         };
-        if (a == "--json")
+        if (operandsOnly || !a.startsWith("--")) {
+            if (!out.path.isEmpty()) {
+                error = "takes one PATH, not also " + a;
+                return std::nullopt;
+            }
+            out.path = a; // the argument's own bytes: names need not be UTF-8
+        } else if (a == "--")
+            operandsOnly = true;
+        else if (a == "--json")
             out.json = true;
         else if (a == "--quiet")
             out.quiet = true;
         else if (a == "--workers") {
-            if (!number(out.workers) || *out.workers < 1)
+            if (!number(out.workers) || *out.workers < 1) {
+                error = "--workers needs a whole number from 1";
                 return std::nullopt;
+            }
         } else if (a == "--depth") {
-            if (!number(out.depth))
+            if (!number(out.depth)) {
+                error = "--depth needs a whole number from 0";
                 return std::nullopt;
-        } else if (a.startsWith("--") || !out.path.isEmpty())
+            }
+        } else {
+            error = "unknown option " + a;
             return std::nullopt;
-        else
-            out.path = a; // the argument's own bytes: names need not be UTF-8
+        }
     }
-    if (out.path.isEmpty())
+    if (out.path.isEmpty()) {
+        error = "needs a PATH to scan";
         return std::nullopt;
+    }
     return out;
 }
 
@@ -145,11 +163,10 @@ void writeText(std::FILE* out, const FileNode& node, int depth, int maxDepth)
 
 int runScan(const QByteArrayList& args)
 {
-    const auto parsed = parse(args);
-    if (!parsed) {
-        std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n", stderr);
-        return 2;
-    }
+    QByteArray error;
+    const auto parsed = parse(args, error);
+    if (!parsed)
+        return usageError("scan", error);
     // A root that is missing or closed is an error, not an empty tree.
     struct stat rootFacts {};
     if (::stat(parsed->path.constData(), &rootFacts) != 0 ||
@@ -158,7 +175,9 @@ int runScan(const QByteArrayList& args)
                      std::strerror(errno));
         return 1;
     }
-    const bool quiet = parsed->quiet;
+    // A progress line is for a person at a terminal; in a log or a pipe its
+    // control codes would be noise.
+    const bool quiet = parsed->quiet || ::isatty(STDERR_FILENO) != 1;
     Scanner::Options options;
     options.workers = parsed->workers;
     Scanner scanner(

@@ -1,5 +1,7 @@
 #include "TrashCommand.h"
 
+#include "Commands.h"
+
 #include "removal/Recycle.h"
 
 #include <QJsonArray>
@@ -12,17 +14,18 @@ namespace tw::cli {
 int runTrash(const QByteArrayList& args)
 {
     bool json = false;
+    bool operandsOnly = false;
     QList<QByteArray> paths;
     for (const QByteArray& arg : args) {
-        if (arg == "--json")
+        if (!operandsOnly && arg == "--")
+            operandsOnly = true;
+        else if (!operandsOnly && arg == "--json")
             json = true;
         else
             paths.append(arg);
     }
-    if (paths.isEmpty()) {
-        std::fputs("usage: tidewick-cli trash [--json] PATH...\n", stderr);
-        return 2;
-    }
+    if (paths.isEmpty())
+        return usageError("trash", "needs at least one PATH");
     const BatchOutcome outcome = recycleBatch(paths);
     if (json) {
         // Names that are not UTF-8 are shown with replacement characters here;

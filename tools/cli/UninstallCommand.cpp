@@ -1,5 +1,7 @@
 #include "UninstallCommand.h"
 
+#include "Commands.h"
+
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
 #include "removal/Recycle.h"
@@ -56,7 +58,7 @@ std::optional<Options> parse(const QByteArrayList& args)
 
 QString englishReason(const MatchReason& reason)
 {
-    return fillText(LocalizationManager::lookup(Language::english, QString::fromLatin1(matchReasonKey(reason.kind))),
+    return fillText(LocalizationManager::lookup(hostTextPlatform(), Language::english, QString::fromLatin1(matchReasonKey(reason.kind))),
                     reason.identifier);
 }
 
@@ -72,13 +74,9 @@ int runUninstall(const QByteArrayList& args)
 {
     const std::optional<Options> options = parse(args);
     const auto app = options ? AppDiscovery::makeInstalledApp(options->bundle) : nullptr;
-    if (!app) {
-        std::fputs("usage: tidewick-cli uninstall BUNDLE.app [--home DIR] [--system-library DIR]\n"
-                   "                            [--include-shared] [--dry-run] [--json]\n"
-                   "       (the bundle needs an Info.plist with CFBundleIdentifier)\n",
-                   stderr);
-        return 2;
-    }
+    if (!app)
+        return usageError("uninstall", !options ? QByteArray("needs one BUNDLE")
+                                                : options->bundle + " is no application bundle (no CFBundleIdentifier)");
     app->setBundleSize(allocatedSize(app->url()));
     const AppRelatedFiles::Identity identity =
         AppRelatedFiles::Identity::build(app->bundleID(), app->name(), app->url());

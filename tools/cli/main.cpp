@@ -1,31 +1,13 @@
 // tidewick-cli: runs Tidewick's own engines from a shell, for inspection and
 // for the benchmarks. Not part of the app.
 
-#include "AppsCommand.h"
-#include "FeedCommand.h"
-#include "ScanCommand.h"
-#include "TrashCommand.h"
-#include "UninstallCommand.h"
+#include "Commands.h"
 
 #include <QCoreApplication>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-
-namespace {
-void printUsage()
-{
-    std::fputs("usage: tidewick-cli scan PATH [--workers N] [--json] [--depth N] [--quiet]\n"
-               "       tidewick-cli trash [--json] PATH...\n"
-               "       tidewick-cli apps [ROOT...]\n"
-               "       tidewick-cli related BUNDLE [--home DIR] [--system-library DIR]\n"
-               "       tidewick-cli uninstall BUNDLE [--home DIR] [--system-library DIR] [--include-shared]\n"
-               "                              [--dry-run] [--json]\n"
-               "       tidewick-cli feed [--base URL] [--locale CODE]\n",
-               stderr);
-}
-} // namespace
 
 namespace {
 // Output that did not reach its file (a full disk, a closed pipe) fails the
@@ -43,34 +25,34 @@ int finish(int code)
 
 int run(int argc, char* argv[])
 {
-    if (argc < 2) {
-        printUsage();
-        return 2;
+    using namespace tw::cli;
+    if (argc < 2)
+        return usageError(nullptr, "no command given");
+    const QByteArray first(argv[1]);
+    if (first == "--help" || first == "-h") {
+        std::fputs(toolHelp().constData(), stdout);
+        return 0;
     }
-    const QByteArray command(argv[1]);
+    if (first == "--version") {
+        std::fputs("tidewick-cli " TIDEWICK_VERSION "\n", stdout);
+        return 0;
+    }
+    const Command* command = findCommand(first);
+    if (!command)
+        return usageError(nullptr, "unknown command " + first);
     // File names are bytes: take them from argv as they came.
     QByteArrayList raw;
     for (int i = 2; i < argc; ++i)
         raw.append(QByteArray(argv[i]));
-    if (command == "scan")
-        return tw::cli::runScan(raw);
-    if (command == "trash")
-        return tw::cli::runTrash(raw);
-    if (command == "apps")
-        return tw::cli::runApps(raw);
-    if (command == "related")
-        return tw::cli::runRelated(raw);
-    if (command == "feed") {
-        QStringList args;
-        for (const QByteArray& arg : raw)
-            args.append(QString::fromLocal8Bit(arg));
-        return tw::cli::runFeed(args);
+    if (raw.contains("--help") || raw.contains("-h")) {
+        std::fputs(commandHelp(*command).constData(), stdout);
+        return 0;
     }
-    if (command == "uninstall")
-        return tw::cli::runUninstall(raw);
-    printUsage();
-    return 2;
+    if (const auto wrong = misuse(*command, raw))
+        return usageError(command->name, *wrong);
+    return command->run(raw);
 }
+
 } // namespace
 
 int main(int argc, char* argv[])

@@ -387,6 +387,43 @@ inline id CFBridgingRelease(CFTypeRef X)
     return (__bridge_transfer id)X;
 }
 
+// foundation/nskeyvalueobservingoptions
+typedef NSUInteger NSKeyValueObservingOptions;
+// foundation/nskeyvaluechangekey
+typedef NSString* NSKeyValueChangeKey;
+// objectivec/nsobject/1412787-addobserver, objectivec/nsobject/1408054-removeobserver,
+// objectivec/nsobject/1416553-observevalue (the NSKeyValueObserving informal protocol)
+@interface NSObject (NSKeyValueObserving)
+- (void)addObserver:(NSObject*)observer
+         forKeyPath:(NSString*)keyPath
+            options:(NSKeyValueObservingOptions)options
+            context:(void*)context;
+- (void)removeObserver:(NSObject*)observer forKeyPath:(NSString*)keyPath;
+- (void)observeValueForKeyPath:(NSString*)keyPath
+                      ofObject:(id)object
+                        change:(NSDictionary<NSKeyValueChangeKey, id>*)change
+                       context:(void*)context;
+@end
+
+// foundation/nsnotification/name
+typedef NSString* NSNotificationName;
+@class NSOperationQueue;
+// foundation/nsnotification
+@interface NSNotification : NSObject
+@end
+// foundation/notificationcenter
+@interface NSNotificationCenter : NSObject
+// foundation/notificationcenter/default
+@property(class, readonly, strong) NSNotificationCenter* defaultCenter;
+// foundation/notificationcenter/addobserver(forname:object:queue:using:)
+- (id<NSObject>)addObserverForName:(NSNotificationName)name
+                            object:(id)obj
+                             queue:(NSOperationQueue*)queue
+                        usingBlock:(void (^)(NSNotification* notification))block;
+// foundation/notificationcenter/removeobserver(_:)
+- (void)removeObserver:(id)observer;
+@end
+
 // ---------------------------------------------------------------- AppKit
 // foundation/nssize, foundation/nsrect: the Core Graphics structures
 typedef CGSize NSSize;
@@ -399,10 +436,46 @@ NSRect NSMakeRect(CGFloat x, CGFloat y, CGFloat w, CGFloat h);
 
 @class NSWindow, NSGraphicsContext;
 
+// appkit/nsappearance/name
+typedef NSString* NSAppearanceName;
+extern "C" {
+// appkit/nsappearance/name/aqua, appkit/nsappearance/name/darkaqua
+extern const NSAppearanceName NSAppearanceNameAqua;
+extern const NSAppearanceName NSAppearanceNameDarkAqua;
+// appkit/nscolor/systemcolorsdidchangenotification
+extern const NSNotificationName NSSystemColorsDidChangeNotification;
+}
+// appkit/nsappearance
+@interface NSAppearance : NSObject
+// appkit/nsappearance/bestmatch(from:)
+- (NSAppearanceName)bestMatchFromAppearancesWithNames:(NSArray<NSAppearanceName>*)appearances;
+// appkit/nsappearance/performascurrentdrawingappearance(_:)
+- (void)performAsCurrentDrawingAppearance:(void (^)(void))block;
+@end
+// appkit/nsapplication
+@interface NSApplication : NSObject
+// appkit/nsapplication/effectiveappearance: key-value observable
+@property(readonly, strong) NSAppearance* effectiveAppearance;
+@end
+// appkit/nsapp
+extern "C" NSApplication* NSApp;
+// appkit/nscolorspace
+@interface NSColorSpace : NSObject
+// appkit/nscolorspace/srgb
+@property(class, readonly, strong) NSColorSpace* sRGBColorSpace;
+@end
 // appkit/nscolor
 @interface NSColor : NSObject
 // appkit/nscolor/clear
 @property(class, strong, readonly) NSColor* clearColor;
+// appkit/nscolor/controlaccentcolor
+@property(class, strong, readonly) NSColor* controlAccentColor;
+// appkit/nscolor/usingcolorspace(_:)
+- (NSColor*)colorUsingColorSpace:(NSColorSpace*)space;
+// appkit/nscolor/redcomponent, appkit/nscolor/greencomponent, appkit/nscolor/bluecomponent
+@property(readonly) CGFloat redComponent;
+@property(readonly) CGFloat greenComponent;
+@property(readonly) CGFloat blueComponent;
 @end
 
 // appkit/nsview/autoresizingmask-swift.struct

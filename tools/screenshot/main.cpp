@@ -3,12 +3,14 @@
 // real scan of a small generated tree, so what is drawn is what a user sees.
 //
 //   tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME] [--scale FACTOR]
+//                       [--appearance light|dark]
 
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
 #include "localization/LocalizationManager.h"
 #include "platform/ProcessRunner.h"
 #include "platform/RunningApplications.h"
+#include "platform/SystemAppearance.h"
 #include "platform/VolumeFacts.h"
 #include "localization/TextFormat.h"
 #include "scan/FileNode.h"
@@ -257,6 +259,7 @@ public:
 
     // One screen: a fresh window and state, prepared by `setUp`, then saved.
     void setSuffix(QString suffix) { m_suffix = std::move(suffix); }
+    void setDark(bool dark) { m_appearance.set({dark, std::nullopt}); }
 
     bool shoot(const QString& name, const std::function<bool(AppState&, QQuickView&)>& setUp,
                const DiskAccess* access = nullptr, const QByteArray& unseenRoot = {})
@@ -284,10 +287,10 @@ public:
         };
         AppState state(services);
         QQuickView view;
-        view.setColor(QColor(0xec, 0xec, 0xec));
-        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}});
+        loadContentView(view, {{QStringLiteral("appState"), QVariant::fromValue(&state)}}, &m_appearance);
         if (view.status() != QQuickView::Ready)
             return false;
+        view.setColor(view.rootObject()->property("windowBackground").value<QColor>());
         view.show();
         if (!QTest::qWaitForWindowExposed(&view))
             return false;
@@ -320,6 +323,7 @@ private:
     QByteArray m_sampleTree;
     QString m_only;
     QString m_suffix;
+    ChosenAppearance m_appearance;
     MadeUpVolume m_volume;
     MadeUpTmutil m_tool;
     MadeUpApps m_apps;
@@ -634,14 +638,17 @@ bool renderAll(Renderer& renderer)
 
 constexpr const char* kUsage =
     "usage: tidewick-screenshot OUTPUT_DIR [--language CODE] [--only NAME] [--scale FACTOR]\n"
+    "                           [--appearance light|dark]\n"
     "Renders every screen and dialog, in each language (or only CODE: en, ru, de, zh),\n"
-    "to OUTPUT_DIR/NAME-CODE.png. --scale 2 renders at a device pixel ratio of 2.\n";
+    "to OUTPUT_DIR/NAME-CODE.png. --scale 2 renders at a device pixel ratio of 2;\n"
+    "--appearance dark in the dark appearance, to NAME-CODE-dark.png.\n";
 
 struct Options {
     QString output;
     QString language;
     QString only;
     QByteArray scale;
+    bool dark = false;
 };
 
 // Reads the command line before Qt starts, since the scale must be known
@@ -654,6 +661,13 @@ std::optional<Options> parseOptions(int argc, char* argv[], bool& help)
         if (arg == "--help" || arg == "-h") {
             help = true;
             return std::nullopt;
+        }
+        if (arg == "--appearance") {
+            const QByteArray value = i + 1 < argc ? QByteArray(argv[++i]) : QByteArray();
+            if (value != "light" && value != "dark")
+                return std::nullopt;
+            options.dark = value == "dark";
+            continue;
         }
         if (arg == "--language" || arg == "--only" || arg == "--scale") {
             if (i + 1 >= argc)
@@ -710,8 +724,11 @@ int main(int argc, char* argv[])
 
     Renderer renderer(output, tree);
     renderer.setOnly(options->only);
+    renderer.setDark(options->dark);
+    QString suffix = options->dark ? QStringLiteral("-dark") : QString();
     if (!options->scale.isEmpty() && options->scale.toDouble() != 1.0)
-        renderer.setSuffix(u'@' + QString::fromLatin1(options->scale) + u'x');
+        suffix += u'@' + QString::fromLatin1(options->scale) + u'x';
+    renderer.setSuffix(suffix);
     bool ok = true;
     for (const Language language :
          {Language::english, Language::russian, Language::german, Language::chinese}) {

@@ -1,0 +1,10 @@
+#include "localization/TextPlatform.h"
+
+namespace tw {
+
+TextPlatform hostTextPlatform()
+{
+    return TextPlatform::macOS;
+}
+
+} // namespace tw

@@ -1,0 +1,55 @@
+// The screens follow the system's appearance while they are up: light to
+// dark and back, and the user's accent colour, with no restart.
+
+#include "TestMain.h"
+#include "screens/ScreensHarness.h"
+
+using namespace tw;
+using namespace tw::test;
+
+class AppearanceTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { prepareScreens(); }
+    void init() { recordWarningsFromHere(); }
+    void cleanup() { failOnRecordedWarnings(); }
+
+    void screensFollowTheSystemLive()
+    {
+        QTemporaryDir dir;
+        const QByteArray home = makeHomeTree(dir.path());
+        FakeVolume volume;
+        FakeAccess access;
+        ChosenAppearance appearance;
+        Window window(volume, access, {}, &appearance);
+        QVERIFY(QTest::qWaitForWindowExposed(&window.view));
+        const auto pixel = [&](QPoint at) {
+            const QImage image = window.view.grabWindow();
+            return image.pixelColor(at * image.devicePixelRatio());
+        };
+        QQuickItem* button = window.item("scanMacButton");
+        const QPoint onFill = button->mapToScene(QPointF(5, button->height() / 2)).toPoint();
+        const auto near = [](QColor a, QColor b) {
+            return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue()) < 12;
+        };
+        QVERIFY(near(pixel(onFill), QColor(0x00, 0x7a, 0xff)));
+
+        // The user's accent, then the dark look with the system's own blue.
+        appearance.set({false, QColor(0xc0, 0x20, 0xa0)});
+        QTRY_VERIFY(near(pixel(onFill), QColor(0xc0, 0x20, 0xa0)));
+        appearance.set({true, std::nullopt});
+        QTRY_VERIFY(near(pixel(onFill), QColor(0x0a, 0x84, 0xff)));
+        QCOMPARE(window.view.rootObject()->property("windowBackground").value<QColor>(), QColor(0x32, 0x32, 0x32));
+
+        // The chart redraws in the dark shades, and back.
+        QVERIFY(window.scan(home));
+        const QPoint sector = window.pointOf(child(window.state->root(), "docs"));
+        const QColor darkSector = pixel(sector);
+        appearance.set({false, std::nullopt});
+        QTRY_VERIFY(!near(pixel(sector), darkSector));
+    }
+};
+
+TIDEWICK_TEST_MAIN(AppearanceTest)
+#include "tst_appearance.moc"

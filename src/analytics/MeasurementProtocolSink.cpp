@@ -100,7 +100,7 @@ public:
         // A damaged file holds nothing we can send; it is rewritten on the next event.
         const QJsonArray events =
             QJsonDocument::fromJson(contents.bytes).object().value(QStringLiteral("events")).toArray();
-        for (const QJsonValue& event : events) {
+        for (const QJsonValue event : events) {
             if (event.isObject() && event[QStringLiteral("name")].isString())
                 admit(event.toObject());
         }

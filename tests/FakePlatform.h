@@ -44,15 +44,16 @@ public:
     mutable std::atomic<int> calls{0};
 };
 
-// Locations whose path ends in "/protected" ask for the grant.
+// Locations whose path ends in "/protected", or every one, ask for the grant.
 class FakeAccess final : public DiskAccess {
 public:
     bool requiresFullDiskAccess(const QByteArray& path) const override
     {
-        return path.endsWith("/protected");
+        return everywhere || path.endsWith("/protected");
     }
     bool hasFullDiskAccess() const override { return granted; }
     bool granted = true;
+    bool everywhere = false;
 };
 
 class FakeReveal final : public FileReveal {

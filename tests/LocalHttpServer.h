@@ -16,6 +16,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
+#include <QtTest>
 #include <QUrl>
 
 #include "network/RequestLimits.h"
@@ -164,4 +165,19 @@ inline tw::RequestLimits quickLimits()
 {
     using std::chrono::milliseconds;
     return {4096, 64 * 1024, milliseconds(1000), milliseconds(1000), milliseconds(2000)};
+}
+
+// Table rows of answers that each break one of quickLimits(), bar the first,
+// late but in time; `taken` says whether the client may read it.
+inline void addAnswersAtTheLimits(const QByteArray& body)
+{
+    using Delivery = HttpResponse::Delivery;
+    QTest::addColumn<HttpResponse>("answer");
+    QTest::addColumn<bool>("taken");
+    QTest::newRow("late, in time") << HttpResponse{200, body, "application/json", Delivery::late, 300} << true;
+    QTest::newRow("first byte too late") << HttpResponse{200, body, "application/json", Delivery::late, 4000} << false;
+    QTest::newRow("header without end") << HttpResponse{200, body, "application/json", Delivery::endlessHeader, 1} << false;
+    QTest::newRow("header too large") << HttpResponse{200, body, "application/json\r\nX-Pad: " + QByteArray(5000, 'h')} << false;
+    QTest::newRow("body without end") << HttpResponse{200, body, "application/json", Delivery::endlessBody, 0} << false;
+    QTest::newRow("trickle") << HttpResponse{200, body + QByteArray(100, ' '), "application/json", Delivery::trickle, 100} << false;
 }

@@ -3,6 +3,7 @@
 // real HTTP server on 127.0.0.1 (batches, retries, the queue file).
 
 #include "TestMain.h"
+#include "FakePlatform.h"
 #include "LocalHttpServer.h"
 #include "MemoryStore.h"
 #include "TestFiles.h"
@@ -10,8 +11,6 @@
 #include "analytics/RecordingAnalyticsSink.h"
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
-#include "app/DiskAccess.h"
-#include "platform/VolumeFacts.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -24,18 +23,6 @@ using namespace tw;
 using namespace tw::test;
 
 namespace {
-
-class NoVolumes final : public VolumeFacts {
-public:
-    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override { return std::nullopt; }
-    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::unknown; }
-};
-
-class OpenAccess final : public DiskAccess {
-public:
-    bool requiresFullDiskAccess(const QByteArray&) const override { return false; }
-    bool hasFullDiskAccess() const override { return true; }
-};
 
 using Event = RecordingAnalyticsSink::Event;
 
@@ -57,8 +44,8 @@ class AnalyticsTest : public QObject {
 
 private:
     QTemporaryDir m_dir;
-    NoVolumes m_volumes;
-    OpenAccess m_access;
+    FakeVolume m_volumes;
+    FakeAccess m_access;
     std::shared_ptr<RecordingAnalyticsSink> m_recorder;
     LocalHttpServer m_server;
 
@@ -89,6 +76,7 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
+        m_volumes.known = false;
         QVERIFY(m_dir.isValid());
         QVERIFY(m_server.listen());
     }
@@ -229,21 +217,13 @@ private Q_SLOTS:
         QCOMPARE(taken, expected);
     }
 
-    void goesOnAfterAnAnswerPastALimit_data()
-    {
-        using Delivery = HttpResponse::Delivery;
-        QTest::addColumn<HttpResponse>("broken");
-        QTest::newRow("first byte too late") << HttpResponse{200, "{}", "application/json", Delivery::late, 20000};
-        QTest::newRow("header without end") << HttpResponse{200, "{}", "application/json", Delivery::endlessHeader, 1};
-        QTest::newRow("body without end") << HttpResponse{200, "{}", "application/json", Delivery::endlessBody, 0};
-        QTest::newRow("trickle") << HttpResponse{200, QByteArray(100, ' '), "application/json", Delivery::trickle, 200};
-    }
+    void goesOnAfterAnAnswerPastALimit_data() { addAnswersAtTheLimits("{}"); }
     // Whether it counts as taken or not, a broken answer is given up and the
     // sender goes on.
     void goesOnAfterAnAnswerPastALimit()
     {
-        QFETCH(HttpResponse, broken);
-        m_server.handler = [&broken](const HttpRequest&) { return std::exchange(broken, HttpResponse{204, {}}); };
+        QFETCH(HttpResponse, answer);
+        m_server.handler = [&answer](const HttpRequest&) { return std::exchange(answer, HttpResponse{204, {}}); };
         auto options = senderOptions(QStringLiteral("limits.json"));
         options.limits = quickLimits();
         MeasurementProtocolSink sink(options);

@@ -5,9 +5,7 @@
 #include "TestMain.h"
 #include "platform/linux/FreedesktopReveal.h"
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QProcess>
+#include "PrivateSessionBus.h"
 
 using namespace tw;
 
@@ -32,24 +30,10 @@ class RevealTest : public QObject {
     Q_OBJECT
 
 private:
-    QProcess m_daemon;
-    QString m_address;
+    test::PrivateSessionBus m_bus;
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-                       {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
-        QVERIFY2(m_daemon.waitForStarted(5000), "dbus-daemon is needed (package dbus-daemon)");
-        QVERIFY(m_daemon.waitForReadyRead(5000));
-        m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
-        QVERIFY(!m_address.isEmpty());
-    }
-    void cleanupTestCase()
-    {
-        m_daemon.kill();
-        m_daemon.waitForFinished(5000);
-    }
+    void initTestCase() { m_bus.start(); }
 
     void addressesKeepTheBytes()
     {
@@ -60,14 +44,14 @@ private Q_SLOTS:
 
     void asksTheFileManager()
     {
-        QDBusConnection bus = QDBusConnection::connectToBus(m_address, QStringLiteral("manager"));
+        QDBusConnection bus = m_bus.connect("manager");
         QVERIFY(bus.isConnected());
         FakeFileManager manager;
         QVERIFY(bus.registerObject(QStringLiteral("/org/freedesktop/FileManager1"), &manager,
                                    QDBusConnection::ExportAllSlots));
         QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.FileManager1")));
 
-        QDBusConnection client = QDBusConnection::connectToBus(m_address, QStringLiteral("client"));
+        QDBusConnection client = m_bus.connect("client");
         QStringList fallbacks;
         FreedesktopReveal reveal(client, [&](const QString& folder) { fallbacks << folder; });
         reveal.reveal("/home/ann/Down loads/\xff\xfe.bin");
@@ -76,19 +60,19 @@ private Q_SLOTS:
         QTest::qWait(50);
         QVERIFY(fallbacks.isEmpty());
         bus.unregisterService(QStringLiteral("org.freedesktop.FileManager1"));
-        QDBusConnection::disconnectFromBus(QStringLiteral("manager"));
-        QDBusConnection::disconnectFromBus(QStringLiteral("client"));
+        QDBusConnection::disconnectFromBus(bus.name());
+        QDBusConnection::disconnectFromBus(client.name());
     }
 
     void opensTheFolderWhenNobodyAnswers()
     {
-        QDBusConnection client = QDBusConnection::connectToBus(m_address, QStringLiteral("lonely"));
+        QDBusConnection client = m_bus.connect("lonely");
         QVERIFY(client.isConnected());
         QStringList fallbacks;
         FreedesktopReveal reveal(client, [&](const QString& folder) { fallbacks << folder; });
         reveal.reveal("/srv/data/report.pdf");
         QTRY_COMPARE(fallbacks, QStringList{QStringLiteral("file:///srv/data")});
-        QDBusConnection::disconnectFromBus(QStringLiteral("lonely"));
+        QDBusConnection::disconnectFromBus(client.name());
 
         // Without any bus at all, the folder opens at once; the root's items open "/".
         FreedesktopReveal offline(QDBusConnection(QStringLiteral("never-connected")),

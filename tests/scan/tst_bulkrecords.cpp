@@ -27,6 +27,11 @@ QByteArray patched(QByteArray bytes, int at, const QByteArray& with)
 {
     return bytes.replace(at, with.size(), with);
 }
+// A row of readsWhatTheLayoutHolds whose buffer yields nothing and is malformed.
+void malformedRow(const char* tag, const QByteArray& buffer, int count = 1)
+{
+    QTest::newRow(tag) << buffer << count << 0 << QByteArrayList{} << QList<bool>{} << true;
+}
 } // namespace
 
 class BulkRecordsTest : public QObject {
@@ -57,26 +62,17 @@ private Q_SLOTS:
                                                              << QList<bool>{true} << false;
         QTest::newRow("buffer at an odd address") << kFile << 1 << 1 << QByteArrayList{"report.pdf"} << QList<bool>{true}
                                                   << false;
-        QTest::newRow("truncated record") << kFile.left(kFile.size() - 8) << 1 << 0 << QByteArrayList{}
-                                          << QList<bool>{} << true;
+        malformedRow("truncated record", kFile.left(kFile.size() - 8));
         QTest::newRow("count beyond the buffer") << kFile << 2 << 0 << QByteArrayList{"report.pdf"}
                                                  << QList<bool>{true} << true;
-        QTest::newRow("length not a multiple of 4") << patched(kFile, 0, le32(std::uint32_t(kFile.size() - 1))) << 1
-                                                    << 0 << QByteArrayList{} << QList<bool>{} << true;
-        QTest::newRow("length of zero") << patched(kFile, 0, le32(0)) << 1 << 0 << QByteArrayList{} << QList<bool>{}
-                                        << true;
-        QTest::newRow("length shorter than its attributes") << patched(kFile, 0, le32(40)) + kFile << 2 << 0
-                                                            << QByteArrayList{} << QList<bool>{} << true;
-        QTest::newRow("name reference past the record") << patched(kFile, 24, le32(4000)) << 1 << 0
-                                                        << QByteArrayList{} << QList<bool>{} << true;
-        QTest::newRow("name without its NUL") << patched(kFile, 28, le32(10)) << 1 << 0 << QByteArrayList{}
-                                              << QList<bool>{} << true;
-        QTest::newRow("name with a slash") << bulkRecord(kFileSet, "a/b", kFileFields) << 1 << 0 << QByteArrayList{}
-                                           << QList<bool>{} << true;
-        QTest::newRow("attribute never asked for") << patched(kFile, 4, le32(kFileSet.common | 0x4)) << 1 << 0
-                                                   << QByteArrayList{} << QList<bool>{} << true;
-        QTest::newRow("no name") << patched(kFile, 4, le32(kFileSet.common & ~kCommonName)) << 1 << 0
-                                 << QByteArrayList{} << QList<bool>{} << true;
+        malformedRow("length not a multiple of 4", patched(kFile, 0, le32(std::uint32_t(kFile.size() - 1))));
+        malformedRow("length of zero", patched(kFile, 0, le32(0)));
+        malformedRow("length shorter than its attributes", patched(kFile, 0, le32(40)) + kFile, 2);
+        malformedRow("name reference past the record", patched(kFile, 24, le32(4000)));
+        malformedRow("name without its NUL", patched(kFile, 28, le32(10)));
+        malformedRow("name with a slash", bulkRecord(kFileSet, "a/b", kFileFields));
+        malformedRow("attribute never asked for", patched(kFile, 4, le32(kFileSet.common | 0x4)));
+        malformedRow("no name", patched(kFile, 4, le32(kFileSet.common & ~kCommonName)));
         QTest::newRow("nothing") << QByteArray() << 0 << 0 << QByteArrayList{} << QList<bool>{} << false;
     }
     void readsWhatTheLayoutHolds()

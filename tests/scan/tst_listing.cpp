@@ -57,16 +57,9 @@ class ListingTest : public QObject {
     {
         makeDir(root);
         if (kind == "nested") {
-            makeDir(root + "/a");
-            makeDir(root + "/a/b");
-            writeFile(root + "/a/b/deep", 20000);
-            writeFile(root + "/a/one", 5000);
-            writeFile(root + "/top", 70000);
-            makeDir(root + "/empty");
+            makeTree(root, {{"a/b/deep", 20000}, {"a/one", 5000}, {"top", 70000}, {"empty"}});
         } else if (kind == "hardlinks") {
-            makeDir(root + "/x");
-            makeDir(root + "/y");
-            writeFile(root + "/x/file", 1 << 20);
+            makeTree(root, {{"x/file", 1 << 20}, {"y"}});
             QVERIFY(::link(QByteArray(root + "/x/file").constData(), QByteArray(root + "/y/file").constData()) == 0);
         } else if (kind == "odd entries") {
             writeFile(root + "/plain", 4096);
@@ -78,13 +71,9 @@ class ListingTest : public QObject {
             for (int i = 0; i < 1500; ++i)
                 writeFile(root + "/entry-with-a-longish-name-" + QByteArray::number(i), i % 3 ? 0 : 4096);
         } else if (kind == "deep chain") {
-            QByteArray path = root;
-            for (int i = 0; i < 131; ++i)
-                makeDir(path += "/d");
-            writeFile(path + "/f", 4096);
+            writeFile(makeChain(root, 131, "d") + "/f", 4096);
         } else if (kind == "other mount") {
-            writeFile(root + "/kept", 4096);
-            makeDir(root + "/inner");
+            makeTree(root, {{"kept", 4096}, {"inner"}});
             if (!mountScratchVolume(root + "/inner"))
                 return root.clear();
             m_mounted = root + "/inner";
@@ -155,10 +144,7 @@ private Q_SLOTS:
         QFETCH(int, error);
         QFETCH(bool, inCloud);
         const QByteArray root = base() + "/cloud-" + QByteArray(QTest::currentDataTag()).replace(' ', '-');
-        makeDir(root);
-        makeDir(root + "/Evicted");
-        writeFile(root + "/Evicted/inside", 64 * 1024);
-        writeFile(root + "/stub.pages", 4096);
+        makeTree(root, {{"Evicted/inside", 64 * 1024}, {"stub.pages", 4096}});
         struct stat folder {};
         QCOMPARE(::stat(QByteArray(root + "/Evicted").constData(), &folder), 0);
         FakeBulkLister lister;

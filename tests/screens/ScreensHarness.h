@@ -162,6 +162,14 @@ struct Window {
     {
         QTest::keyClick(&view, Qt::Key(key), modifiers);
     }
+    // The largest list's rows as drawn, top to bottom.
+    QList<QQuickItem*> listRows() const
+    {
+        QList<QQuickItem*> rows = item("largestList")->property("contentItem").value<QQuickItem*>()->childItems();
+        rows.removeIf([](QQuickItem* row) { return !row->property("isHovered").isValid(); });
+        std::sort(rows.begin(), rows.end(), [](QQuickItem* a, QQuickItem* b) { return a->y() < b->y(); });
+        return rows;
+    }
     // A pointer arrives: two moves, as the first into a window may not hover.
     void moveTo(QPoint at)
     {

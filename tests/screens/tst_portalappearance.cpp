@@ -3,15 +3,14 @@
 // no preference, or no portal runs, the Qt palette decides.
 
 #include "TestMain.h"
+#include "PrivateSessionBus.h"
 #include "platform/linux/PortalAppearance.h"
 
 #include <QDBusArgument>
-#include <QDBusConnection>
 #include <QDBusMetaType>
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <QPalette>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -67,31 +66,14 @@ class PortalAppearanceTest : public QObject {
     Q_OBJECT
 
 private:
-    QProcess m_daemon;
-    QString m_address;
-    int m_connections = 0;
-
-    QDBusConnection connect(const char* role)
-    {
-        return QDBusConnection::connectToBus(m_address, QString::fromLatin1(role) + QString::number(++m_connections));
-    }
+    test::PrivateSessionBus m_bus;
 
 private Q_SLOTS:
     void initTestCase()
     {
         qDBusRegisterMetaType<Rgb>();
         qDBusRegisterMetaType<SettingGroups>();
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-                       {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
-        QVERIFY2(m_daemon.waitForStarted(5000), "dbus-daemon is needed (package dbus-daemon)");
-        QVERIFY(m_daemon.waitForReadyRead(5000));
-        m_address = QString::fromUtf8(m_daemon.readLine()).trimmed();
-        QVERIFY(!m_address.isEmpty());
-    }
-    void cleanupTestCase()
-    {
-        m_daemon.kill();
-        m_daemon.waitForFinished(5000);
+        m_bus.start();
     }
     void cleanup() { QGuiApplication::setPalette(QPalette()); }
 
@@ -128,7 +110,7 @@ private Q_SLOTS:
             QGuiApplication::setPalette(palette);
         }
 
-        QDBusConnection service = connect("portal");
+        QDBusConnection service = m_bus.connect("portal");
         FakePortal fake;
         fake.settings = settings;
         const auto unregister = qScopeGuard([&] {
@@ -140,7 +122,7 @@ private Q_SLOTS:
                                            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals));
             QVERIFY(service.registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
         }
-        PortalAppearance appearance(connect("client"));
+        PortalAppearance appearance(m_bus.connect("client"));
         QSignalSpy changes(&appearance, &SystemAppearance::changed);
         // The answer comes without waiting; with no portal, the error does.
         QTest::qWait(300);

@@ -17,13 +17,6 @@ using namespace tw::test;
 
 namespace {
 
-// Every location asks for the grant, so no scan of this machine ever starts.
-class NoGrant final : public DiskAccess {
-public:
-    bool requiresFullDiskAccess(const QByteArray&) const override { return true; }
-    bool hasFullDiskAccess() const override { return false; }
-};
-
 QQuickItem* findIn(QObject* at, const QString& name)
 {
     return at->findChild<QQuickItem*>(name);
@@ -73,7 +66,10 @@ private Q_SLOTS:
         AdService::Options options;
         options.apiBase = server.url();
         AdService ads(localization, options);
-        NoGrant noGrant;
+        // Every location asks for the grant, so no scan of this machine ever starts.
+        FakeAccess noGrant;
+        noGrant.granted = false;
+        noGrant.everywhere = true;
         AppState::Services services;
         services.diskAccess = &noGrant;
         AppState state(services);

@@ -171,18 +171,7 @@ private Q_SLOTS:
         QVERIFY(service->hasAd());
     }
 
-    void givesUpOnAnAnswerPastALimit_data()
-    {
-        using Delivery = HttpResponse::Delivery;
-        QTest::addColumn<HttpResponse>("answer");
-        QTest::addColumn<bool>("taken");
-        QTest::newRow("late, in time") << HttpResponse{200, textItem(), "application/json", Delivery::late, 300} << true;
-        QTest::newRow("first byte too late") << HttpResponse{200, textItem(), "application/json", Delivery::late, 4000} << false;
-        QTest::newRow("header without end") << HttpResponse{200, textItem(), "application/json", Delivery::endlessHeader, 1} << false;
-        QTest::newRow("header too large") << HttpResponse{200, textItem(), "application/json\r\nX-Pad: " + QByteArray(5000, 'h')} << false;
-        QTest::newRow("body without end") << HttpResponse{200, textItem(), "application/json", Delivery::endlessBody, 0} << false;
-        QTest::newRow("trickle") << HttpResponse{200, textItem(), "application/json", Delivery::trickle, 100} << false;
-    }
+    void givesUpOnAnAnswerPastALimit_data() { addAnswersAtTheLimits(textItem()); }
     void givesUpOnAnAnswerPastALimit()
     {
         QFETCH(HttpResponse, answer);

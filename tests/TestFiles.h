@@ -65,7 +65,8 @@ inline void removeTree(const QByteArray& path)
     ::nftw(
         path.constData(),
         [](const char* at, const struct stat*, int type, FTW*) {
-            return type == FTW_DP ? ::rmdir(at) : ::unlink(at), 0;
+            (void)(type == FTW_DP ? ::rmdir(at) : ::unlink(at));
+            return 0;
         },
         16, FTW_DEPTH | FTW_PHYS);
 }

@@ -31,7 +31,7 @@ QList<QJsonObject> eventsIn(const QList<HttpRequest>& requests)
 {
     QList<QJsonObject> events;
     for (const HttpRequest& request : requests) {
-        for (const QJsonValue& event : QJsonDocument::fromJson(request.body).object().value(QStringLiteral("events")).toArray())
+        for (const QJsonValue event : QJsonDocument::fromJson(request.body).object().value(QStringLiteral("events")).toArray())
             events.append(event.toObject());
     }
     return events;

@@ -8,16 +8,14 @@
 #include "scan/BulkRecords.h"
 
 #include <QByteArray>
-
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
 #include <map>
 #include <set>
 #include <string>
-
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -35,11 +33,13 @@ inline QByteArray le64(std::uint64_t value)
 // One record: its length, the returned set, the name's attribute reference,
 // the other attributes in bit order (`fields`), then the name with its NUL,
 // padded to 8 bytes as the system does.
-inline QByteArray bulkRecord(const bulk::AttributeSet& returned, const QByteArray& name, const QByteArray& fields)
+inline QByteArray bulkRecord(const bulk::AttributeSet& returned, const QByteArray& name,
+                             const QByteArray& fields)
 {
-    QByteArray out = le32(0) + le32(returned.common) + le32(returned.volume) + le32(returned.directory)
-                     + le32(returned.file) + le32(returned.fork);
-    out += le32(std::uint32_t(8 + fields.size())) + le32(std::uint32_t(name.size() + 1)) + fields + name + '\0';
+    QByteArray out = le32(0) + le32(returned.common) + le32(returned.volume) +
+                     le32(returned.directory) + le32(returned.file) + le32(returned.fork);
+    out += le32(std::uint32_t(8 + fields.size())) + le32(std::uint32_t(name.size() + 1)) + fields +
+           name + '\0';
     while (out.size() % 8)
         out += '\0';
     const QByteArray length = le32(std::uint32_t(out.size()));
@@ -49,16 +49,17 @@ inline QByteArray bulkRecord(const bulk::AttributeSet& returned, const QByteArra
 
 class FakeBulkLister final : public BulkLister {
 public:
-    std::set<std::string> dataless;        // names given the dataless flag
-    std::map<ino_t, int> refusedFolders;   // folders whose listing fails, with the errno
-    int dropEvery = 0;                     // every Nth entry comes back without its sizes and type
+    std::set<std::string> dataless;      // names given the dataless flag
+    std::map<ino_t, int> refusedFolders; // folders whose listing fails, with the errno
+    int dropEvery = 0;                   // every Nth entry comes back without its sizes and type
 
     int fill(int fd, unsigned char* buffer, std::size_t size) const override
     {
         struct stat folder {};
         if (::fstat(fd, &folder) != 0)
             return -1;
-        if (const auto refused = refusedFolders.find(folder.st_ino); refused != refusedFolders.end()) {
+        if (const auto refused = refusedFolders.find(folder.st_ino);
+            refused != refusedFolders.end()) {
             errno = refused->second;
             return -1;
         }
@@ -67,8 +68,11 @@ public:
             cursor.reset();
             const int own = ::openat(fd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
             cursor.dir = own < 0 ? nullptr : ::fdopendir(own);
-            if (!cursor.dir)
-                return own >= 0 ? (::close(own), -1) : -1;
+            if (!cursor.dir) {
+                if (own >= 0)
+                    ::close(own);
+                return -1;
+            }
             cursor.device = folder.st_dev;
             cursor.inode = folder.st_ino;
         }
@@ -90,11 +94,14 @@ public:
                 cursor.pending = record(fd, entry->d_name);
             }
             if (used + std::size_t(cursor.pending.size()) > size) {
-                if (count == 0)
-                    return errno = ERANGE, -1;
+                if (count == 0) {
+                    errno = ERANGE;
+                    return -1;
+                }
                 return count;
             }
-            std::memcpy(buffer + used, cursor.pending.constData(), std::size_t(cursor.pending.size()));
+            std::memcpy(buffer + used, cursor.pending.constData(),
+                        std::size_t(cursor.pending.size()));
             used += std::size_t(cursor.pending.size());
             cursor.pending.clear();
             ++count;
@@ -133,7 +140,8 @@ private:
         using namespace bulk;
         struct stat facts {};
         if (::fstatat(fd, name, &facts, AT_SYMLINK_NOFOLLOW) != 0)
-            return bulkRecord({kCommonReturned | kCommonName | kCommonError, 0, 0, 0, 0}, name, le32(std::uint32_t(errno)));
+            return bulkRecord({kCommonReturned | kCommonName | kCommonError, 0, 0, 0, 0}, name,
+                              le32(std::uint32_t(errno)));
         const std::uint32_t flags = dataless.count(name) ? kDatalessFlag : 0;
         const bool dropped = dropEvery > 0 && ++m_seen % dropEvery == 0;
         std::uint32_t type = kFifo;
@@ -143,7 +151,8 @@ private:
             type = kDirectory;
         else if (S_ISLNK(facts.st_mode))
             type = kLink;
-        AttributeSet set{kCommonReturned | kCommonName | kCommonDevice | kCommonFlags | kCommonFileId | kCommonError,
+        AttributeSet set{kCommonReturned | kCommonName | kCommonDevice | kCommonFlags |
+                             kCommonFileId | kCommonError,
                          0, 0, 0, 0};
         const std::uint64_t allocated = std::uint64_t(facts.st_blocks) * 512;
         QByteArray fields = le32(std::uint32_t(facts.st_dev));

@@ -310,8 +310,12 @@ private Q_SLOTS:
                     segmentAt(at.x() + 0.5 - g.centreX, at.y() + 0.5 - g.centreY, segments);
                 QVERIFY(under);
                 const QColor fill = sectorFill(*under, nullptr);
-                painted[0] += qRed(seen), painted[1] += qGreen(seen), painted[2] += qBlue(seen);
-                found[0] += fill.red(), found[1] += fill.green(), found[2] += fill.blue();
+                painted[0] += qRed(seen);
+                painted[1] += qGreen(seen);
+                painted[2] += qBlue(seen);
+                found[0] += fill.red();
+                found[1] += fill.green();
+                found[2] += fill.blue();
             }
         }
         for (int c = 0; c < 3; ++c)

@@ -241,7 +241,9 @@ private Q_SLOTS:
 
         // A disk whose used space is below the files' sum: the symbol shows.
         FakeVolume tiny;
-        tiny.total = 10'000'000, tiny.free = 9'000'000, tiny.rawFree = 9'900'000;
+        tiny.total = 10'000'000;
+        tiny.free = 9'000'000;
+        tiny.rawFree = 9'900'000;
         Window small(tiny, m_access);
         QVERIFY(small.scan(m_tree));
         QVERIFY(small.shows("infoSymbol"));

@@ -144,14 +144,20 @@ private:
             }
             if (*sent > (qint64(256) << 20))
                 return socket->abort();
+            // A client that gave up takes nothing more: only what a live
+            // connection accepted counts.
+            if (socket->state() != QAbstractSocket::ConnectedState)
+                return pump->stop();
             // Fed as fast as the client takes it, never faster.
             if (socket->bytesToWrite() < (1 << 20)) {
                 const QByteArray piece = response.delivery == Delivery::endlessHeader
                                              ? "X-Pad: " + QByteArray(1016, 'h') + "\r\n"
                                              : QByteArray(64 * 1024, 'b');
-                socket->write(piece);
-                *sent += piece.size();
-                streamed += piece.size();
+                const qint64 taken = socket->write(piece);
+                if (taken > 0) {
+                    *sent += taken;
+                    streamed += taken;
+                }
             }
         });
         pump->start(response.intervalMs);

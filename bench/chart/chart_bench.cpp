@@ -3,12 +3,18 @@
 // (a) a folder of 10,000 equal files, (b) a real scanned folder, (c) a chain
 // of single folders. Prints medians of many repetitions, and beside the
 // chart's own painter a plain QPainter baseline that draws the same sectors
-// one anti-aliased polygon at a time, for the ratio.
+// one anti-aliased polygon at a time, for the ratio. Beside today's frame,
+// in the same turns, the frame with the names on the rings (placed and drawn
+// anew each frame, as the item does), and, for a drill from a folder into
+// one of its children, the frames of the motion.
 //
 //   chart_bench [REAL_FOLDER]     (default /usr)
 
+#include "chart/DrillMotion.h"
+#include "chart/RingLabels.h"
 #include "chart/SunburstLayout.h"
 #include "scan/Scanner.h"
+#include "screens/RingLabelPainter.h"
 #include "screens/SunburstPainter.h"
 
 #include <QDir>
@@ -128,21 +134,32 @@ void measure(const char* label, const tw::FileNode* focus, double ratio)
     QImage baseline = image;
     // Blocks of five frames by turns, so both painters see the same machine
     // and each mostly its own warm caches.
-    std::vector<double> frameMs, baselineMs;
+    QImage labelled = image;
+    const tw::LabelInks inks{QColor(0, 0, 0, 217), QColor(255, 255, 255, 242), QColor(0xec, 0xec, 0xec)};
+    std::vector<double> frameMs, baselineMs, labelledMs;
+    std::size_t labelCount = 0;
+    enum Painter { Ours, Baseline, Labelled };
     for (int block = 0; block < 7; ++block) {
-        for (const bool ours : {true, false}) {
+        for (const Painter painter : {Ours, Baseline, Labelled}) {
             for (int i = 0; i < 5; ++i) {
                 const auto start = Clock::now();
                 const std::vector<tw::Segment> laidOut = tw::buildSegments(focus, width, height);
                 const tw::Segment* hit =
                     laidOut.empty() ? nullptr : tw::segmentAt(1, -(g.hubRadius + 2), laidOut);
-                QImage& target = ours ? image : baseline;
+                QImage& target = painter == Ours ? image : painter == Baseline ? baseline : labelled;
                 target.fill(Qt::transparent);
-                if (ours)
-                    tw::paintSunburst(target, g, laidOut, hit, QColor(0xec, 0xec, 0xec));
-                else
+                if (painter == Baseline) {
                     paintWithQPainter(target, g, laidOut, hit);
-                (ours ? frameMs : baselineMs)
+                } else {
+                    tw::paintSunburst(target, g, laidOut, hit, QColor(0xec, 0xec, 0xec));
+                }
+                if (painter == Labelled) {
+                    const std::vector<tw::RingLabel> labels =
+                        tw::placeRingLabels(laidOut, tw::ringLabelMetrics(tw::ringLabelFont()));
+                    labelCount = labels.size();
+                    tw::paintRingLabels(target, g, laidOut, labels, hit ? hit->node : nullptr, inks, false);
+                }
+                (painter == Ours ? frameMs : painter == Baseline ? baselineMs : labelledMs)
                     .push_back(
                         std::chrono::duration<double, std::milli>(Clock::now() - start).count());
             }
@@ -152,14 +169,59 @@ void measure(const char* label, const tw::FileNode* focus, double ratio)
         const QString name = QString::fromLocal8Bit(where + '/' + QByteArray(label).mid(1, 1)) +
                              (ratio != 1 ? QStringLiteral("@2x") : QString());
         image.save(name + QStringLiteral(".png"));
+        labelled.save(name + QStringLiteral("-labels.png"));
         baseline.save(name + QStringLiteral("-qpainter.png"));
     }
     std::printf("%-28s @%.0fx segments %6zu  layout median %.3f ms  hit test median %.4f ms (max %.4f ms, "
                 "%d hits)  "
-                "layout+paint median %.2f ms (QPainter baseline %.2f ms, %.1fx)\n",
+                "layout+paint median %.2f ms (QPainter baseline %.2f ms, %.1fx)  "
+                "with %zu labels %.2f ms (+%.2f ms)\n",
                 label, ratio, segments.size(), median(layoutMs), median(hitMs),
                 *std::max_element(hitMs.begin(), hitMs.end()), hits, median(frameMs),
-                median(baselineMs), median(baselineMs) / median(frameMs));
+                median(baselineMs), median(baselineMs) / median(frameMs), labelCount,
+                median(labelledMs), median(labelledMs) - median(frameMs));
+}
+
+// The frames of a drill from `outer` into `inner` as the item paints them
+// (both layouts, the window, the frame, the paint), 16 frames across the
+// motion, in turns with the resting frame of `inner`.
+void measureDrill(const char* label, const tw::FileNode* outer, const tw::FileNode* inner, double ratio)
+{
+    constexpr double width = 1080, height = 720;
+    const tw::ChartGeometry g = tw::chartGeometry(width, height);
+    QImage image(int(width * ratio), int(height * ratio), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    std::vector<double> motionMs, restingMs;
+    std::size_t most = 0;
+    for (int block = 0; block < 5; ++block) {
+        for (int step = 0; step <= 15; ++step) {
+            auto start = Clock::now();
+            const std::vector<tw::Segment> outerChart = tw::buildSegments(outer, width, height);
+            const std::vector<tw::Segment> innerChart = tw::buildSegments(inner, width, height);
+            const tw::Segment* window = tw::drillWindow(outerChart, inner);
+            if (!window)
+                return;
+            const std::vector<tw::Segment> frame = tw::drillFrame(
+                outerChart, innerChart, *window, g, tw::easeInOut(step / 15.0), false);
+            most = std::max(most, frame.size());
+            image.fill(Qt::transparent);
+            tw::paintSunburst(image, g, frame, nullptr, QColor(0xec, 0xec, 0xec));
+            motionMs.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+            if (const QByteArray where = qgetenv("CHART_BENCH_PNG"); !where.isEmpty() && block == 0 && step == 7)
+                image.save(QFile::decodeName(where) + QStringLiteral("/drill") +
+                           (ratio != 1 ? QStringLiteral("@2x") : QString()) + QStringLiteral(".png"));
+
+            start = Clock::now();
+            const std::vector<tw::Segment> resting = tw::buildSegments(inner, width, height);
+            image.fill(Qt::transparent);
+            tw::paintSunburst(image, g, resting, nullptr, QColor(0xec, 0xec, 0xec));
+            restingMs.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+        }
+    }
+    std::printf("%-28s @%.0fx drill frames (up to %zu sectors) median %.2f ms, max %.2f ms; "
+                "resting frame median %.2f ms\n",
+                label, ratio, most, median(motionMs), *std::max_element(motionMs.begin(), motionMs.end()),
+                median(restingMs));
 }
 
 } // namespace
@@ -171,13 +233,21 @@ int main(int argc, char* argv[])
     QTemporaryDir dir;
     const QByteArray base = QFile::encodeName(dir.path());
 
-    const QByteArray wide = base + "/wide";
+    const QByteArray wide = base + "/above/wide";
     QDir().mkpath(QFile::decodeName(wide));
+    QDir().mkpath(QFile::decodeName(base + "/above/other"));
+    writeBytes(base + "/above/other/small", 4096 * 400);
     for (int i = 0; i < 10000; ++i)
         writeBytes(wide + "/f" + QByteArray::number(i), 4096);
     const auto wideTree = scan(wide);
     measure("(a) 10,000 equal children", wideTree->root(), 1);
     measure("(a) 10,000 equal children", wideTree->root(), 2);
+
+    // A drill into the folder of 10,000 files from the folder above it.
+    const auto above = scan(base + "/above");
+    const tw::FileNode* into = above->find(wide);
+    measureDrill("(d) drill into 10,000 files", above->root(), into, 1);
+    measureDrill("(d) drill into 10,000 files", above->root(), into, 2);
 
     const QByteArray real = argc > 1 ? QByteArray(argv[1]) : QByteArray("/usr");
     const auto realTree = scan(real);

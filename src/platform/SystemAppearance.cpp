@@ -46,6 +46,23 @@ bool isDarkPalette(const QColor& window, const QColor& text)
     return window.lightnessF() < text.lightnessF();
 }
 
+bool reducedMotionWish(std::optional<quint32> portalReducedMotion, std::optional<bool> gnomeAnimations)
+{
+    if (portalReducedMotion)
+        return *portalReducedMotion == 1;
+    return gnomeAnimations && !*gnomeAnimations;
+}
+
+bool reducesMotion(const Appearance& system, const QByteArray& override)
+{
+    const QByteArray given = override.trimmed();
+    if (given == "1")
+        return true;
+    if (given == "0")
+        return false;
+    return system.reduceMotion;
+}
+
 bool isDarkAppearanceName(const QString& name)
 {
     return name.contains(QLatin1String("Dark"));

@@ -13,6 +13,7 @@ namespace tw {
 struct Appearance {
     bool dark = false;
     std::optional<QColor> accent; // the system's default blue when absent
+    bool reduceMotion = false;    // the user asked the system for less motion
 
     bool operator==(const Appearance&) const = default;
 };
@@ -72,6 +73,15 @@ protected:
 [[nodiscard]] std::optional<QColor> accentFromComponents(double red, double green, double blue);
 // Whether a palette with this window and text colour is a dark one.
 [[nodiscard]] bool isDarkPalette(const QColor& window, const QColor& text);
+// The freedesktop wish for less motion: the settings portal's own
+// "reduced-motion" (1 reduced, 0 none) where it has one, else GNOME's
+// "enable-animations" turned off.
+[[nodiscard]] bool reducedMotionWish(std::optional<quint32> portalReducedMotion,
+                                     std::optional<bool> gnomeAnimations);
+// Whether the screens leave out motion: TIDEWICK_REDUCE_MOTION ("1" or "0",
+// given as `override`) wins over the system's wish, for systems that tell
+// none and for trying either way.
+[[nodiscard]] bool reducesMotion(const Appearance& system, const QByteArray& override);
 // Whether the name of the appearance the system matched is a dark one
 // ("NSAppearanceNameDarkAqua"), as opposed to "NSAppearanceNameAqua".
 [[nodiscard]] bool isDarkAppearanceName(const QString& name);

@@ -35,6 +35,12 @@ QColor AppearanceQml::accent() const
     return accentColour(m_source ? m_source->current() : Appearance{});
 }
 
+bool AppearanceQml::reduceMotion() const
+{
+    return reducesMotion(m_source ? m_source->current() : Appearance{},
+                         qgetenv("TIDEWICK_REDUCE_MOTION"));
+}
+
 QColor accentColour(const Appearance& appearance)
 {
     if (appearance.accent)

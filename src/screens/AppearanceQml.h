@@ -20,6 +20,8 @@ class AppearanceQml : public QObject {
     QML_SINGLETON
     Q_PROPERTY(bool dark READ dark NOTIFY changed)
     Q_PROPERTY(QColor accent READ accent NOTIFY changed)
+    // The screens leave out motion (see reducesMotion).
+    Q_PROPERTY(bool reduceMotion READ reduceMotion NOTIFY changed)
 
 public:
     explicit AppearanceQml(SystemAppearance* source, QObject* parent = nullptr);
@@ -30,6 +32,7 @@ public:
 
     [[nodiscard]] bool dark() const;
     [[nodiscard]] QColor accent() const;
+    [[nodiscard]] bool reduceMotion() const;
 
 Q_SIGNALS:
     void changed();

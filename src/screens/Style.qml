@@ -7,6 +7,9 @@ import Tidewick
 // opacities. Every colour follows the system's appearance as it changes.
 QtObject {
     readonly property bool dark: Appearance.dark
+    // The user asked the system for less motion: nothing on screen animates
+    // beyond what it must.
+    readonly property bool reduceMotion: Appearance.reduceMotion
 
     readonly property color windowBackground: dark ? "#323232" : "#ececec"
     readonly property color primary: dark ? Qt.rgba(1, 1, 1, 0.85) : Qt.rgba(0, 0, 0, 0.85)
@@ -23,6 +26,10 @@ QtObject {
     readonly property color controlEdge: dark ? Qt.rgba(1, 1, 1, 0.1) : Qt.rgba(0, 0, 0, 0.13)
     // Text and symbols on an accent or destructive fill.
     readonly property color textOnAccent: "#ffffff"
+    // Names on the chart's sectors: each takes the one that stands out more
+    // from its sector's fill, in either appearance.
+    readonly property color chartLabelDark: Qt.rgba(0, 0, 0, 0.85)
+    readonly property color chartLabelLight: Qt.rgba(1, 1, 1, 0.95)
     // Menus and alerts: their face and rim.
     readonly property color menuBackground: dark ? "#2b2b2b" : "#f6f6f6"
     readonly property color menuEdge: dark ? Qt.rgba(1, 1, 1, 0.16) : Qt.rgba(0, 0, 0, 0.12)

@@ -15,6 +15,9 @@ Item {
         state: chart.appState
         hubColor: Style.windowBackground
         dark: Style.dark
+        labelDark: Style.chartLabelDark
+        labelLight: Style.chartLabelLight
+        animatesDrill: !Style.reduceMotion
         // The subject of an open menu stays highlighted.
         holdsHover: menu.visible
         // A picture to a screen reader: the focus it shows; its sectors are

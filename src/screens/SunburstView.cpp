@@ -2,13 +2,17 @@
 
 #include "app/AppState.h"
 #include "app/StateFollower.h"
+#include "chart/DrillMotion.h"
+#include "chart/RingLabels.h"
 #include "chart/SunburstLayout.h"
+#include "screens/RingLabelPainter.h"
 #include "screens/SunburstPainter.h"
 
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tw {
 
@@ -17,6 +21,17 @@ SunburstView::SunburstView(QQuickItem* parent) : QQuickPaintedItem(parent)
     setAcceptHoverEvents(true);
     setAcceptedMouseButtons(Qt::LeftButton | Qt::RightButton);
     setAntialiasing(true);
+    m_drill.setStartValue(0.0);
+    m_drill.setEndValue(1.0);
+    m_drill.setDuration(int(kDrillMilliseconds));
+    connect(&m_drill, &QVariantAnimation::valueChanged, this, [this] { update(); });
+    connect(&m_drill, &QAbstractAnimation::finished, this, [this] {
+        m_drillOuter = m_drillInner = {};
+    });
+    connect(&m_drill, &QAbstractAnimation::stateChanged, this, [this] {
+        update();
+        Q_EMIT drillingChanged();
+    });
 }
 
 void SunburstView::setState(AppState* state)
@@ -25,14 +40,22 @@ void SunburstView::setState(AppState* state)
         // Sizes change in place after a deletion; the root is re-assigned then.
         // A new focus is hovered afresh where the pointer stands.
         connect(&followed, &AppState::focusChanged, this, [this] {
+            focusMoved();
             if (m_mouseLocation && !m_holdsHover)
                 moveMouse(*m_mouseLocation);
             update();
         });
-        connect(&followed, &AppState::rootChanged, this, [this] { update(); });
+        connect(&followed, &AppState::rootChanged, this, [this] {
+            m_drill.stop();
+            m_drillOuter = m_drillInner = {}; // a replaced tree is not kept alive
+            m_shownFocus = m_state ? m_state->focus() : NodeRef();
+            update();
+        });
     });
     if (!moved)
         return;
+    m_drill.stop();
+    m_shownFocus = m_state ? m_state->focus() : NodeRef();
     update();
     Q_EMIT stateChanged();
 }
@@ -55,6 +78,62 @@ void SunburstView::setHubColor(const QColor& color)
     Q_EMIT hubColorChanged();
 }
 
+void SunburstView::setLabelDark(const QColor& color)
+{
+    if (m_labelDark == color)
+        return;
+    m_labelDark = color;
+    update();
+    Q_EMIT labelInksChanged();
+}
+
+void SunburstView::setLabelLight(const QColor& color)
+{
+    if (m_labelLight == color)
+        return;
+    m_labelLight = color;
+    update();
+    Q_EMIT labelInksChanged();
+}
+
+void SunburstView::setAnimatesDrill(bool animates)
+{
+    if (m_animatesDrill == animates)
+        return;
+    m_animatesDrill = animates;
+    if (!animates)
+        m_drill.stop();
+    Q_EMIT animatesDrillChanged();
+}
+
+bool SunburstView::drilling() const
+{
+    return m_drill.state() == QAbstractAnimation::Running;
+}
+
+void SunburstView::focusMoved()
+{
+    const NodeRef now = m_state ? m_state->focus() : NodeRef();
+    const NodeRef before = std::exchange(m_shownFocus, now);
+    // A motion under way ends where it was going; the next starts there.
+    m_drill.stop();
+    if (!m_animatesDrill || !before || !now || before == now || before.tree() != now.tree())
+        return;
+    const auto within = [](const FileNode* node, const FileNode* ancestor) {
+        for (const FileNode* at = node->parent(); at; at = at->parent())
+            if (at == ancestor)
+                return true;
+        return false;
+    };
+    m_drillingIn = within(now.get(), before.get());
+    if (!m_drillingIn && !within(before.get(), now.get()))
+        return; // a jump elsewhere in the tree: no place to move from
+    m_drillOuter = m_drillingIn ? before : now;
+    m_drillInner = m_drillingIn ? now : before;
+    if (drillWindow(buildSegments(m_drillOuter.get(), width(), height()), m_drillInner.get()))
+        m_drill.start();
+}
+
 double SunburstView::hubRadius() const
 {
     return chartGeometry(width(), height()).hubRadius;
@@ -64,9 +143,21 @@ void SunburstView::paint(QPainter* painter)
 {
     const ChartGeometry geometry = chartGeometry(width(), height());
     const FileNode* focus = m_state && m_state->focus() ? m_state->focus().get() : nullptr;
-    const std::vector<Segment> segments = buildSegments(focus, width(), height());
+    std::vector<Segment> segments = buildSegments(focus, width(), height());
+    // During a drill: the frame of the motion, with no fading and no names
+    // (they would flicker as sectors pass); both come back at rest.
+    const bool moving = drilling();
+    if (moving) {
+        const std::vector<Segment> outer = buildSegments(m_drillOuter.get(), width(), height());
+        const std::vector<Segment> inner = buildSegments(m_drillInner.get(), width(), height());
+        if (const Segment* window = drillWindow(outer, m_drillInner.get())) {
+            const double eased = easeInOut(m_drill.currentValue().toDouble());
+            segments = drillFrame(outer, inner, *window, geometry,
+                                  m_drillingIn ? eased : 1 - eased, !m_drillingIn);
+        }
+    }
     const Segment* hit = nullptr;
-    if (m_mouseLocation)
+    if (m_mouseLocation && !moving)
         hit = segmentAt(m_mouseLocation->x() - geometry.centreX,
                         m_mouseLocation->y() - geometry.centreY, segments);
     // The chart is painted into an image of our own at the painter's pixel
@@ -78,6 +169,11 @@ void SunburstView::paint(QPainter* painter)
     m_canvas.setDevicePixelRatio(scale);
     m_canvas.fill(Qt::transparent);
     paintSunburst(m_canvas, geometry, segments, hit, m_hubColor, m_dark);
+    // Names on the rings, so that the chart reads without hovering.
+    if (!moving)
+        paintRingLabels(m_canvas, geometry, segments,
+                    placeRingLabels(segments, ringLabelMetrics(ringLabelFont())),
+                    hit ? hit->node : nullptr, {m_labelDark, m_labelLight, m_hubColor}, m_dark);
     painter->drawImage(QPointF(0, 0), m_canvas);
 }
 

@@ -5,7 +5,10 @@
 #include <QPointF>
 #include <QPointer>
 #include <QQuickPaintedItem>
+#include <QVariantAnimation>
 #include <optional>
+
+#include "scan/FileNode.h"
 
 namespace tw {
 
@@ -13,7 +16,10 @@ class AppState;
 struct Segment;
 
 // The chart: lays out AppState's focus, paints it and hit-tests it on every
-// evaluation, with no cache and no animation. Hover sets AppState's hovered
+// evaluation, with no cache. A drill in or out moves for a quarter of a
+// second (see DrillMotion); the hover and clicks meanwhile already work on
+// the new focus, where the motion ends, and a click during a motion starts
+// the next one from there. Hover sets AppState's hovered
 // node; a click drills into a folder with children; a secondary click asks
 // QML for the context menu, which is built from the hover. The fading
 // follows this item's own mouse location, not the shared hover. GUI thread.
@@ -30,6 +36,15 @@ class SunburstView : public QQuickPaintedItem {
     // While true (a context menu is open), the hover and the fading stay on
     // the menu's subject whatever the pointer does.
     Q_PROPERTY(bool holdsHover READ holdsHover WRITE setHoldsHover NOTIFY holdsHoverChanged)
+    // The inks of the names on the rings: each sector's name takes the one
+    // that stands out more from its fill.
+    Q_PROPERTY(QColor labelDark READ labelDark WRITE setLabelDark NOTIFY labelInksChanged)
+    Q_PROPERTY(QColor labelLight READ labelLight WRITE setLabelLight NOTIFY labelInksChanged)
+    // False when the system asks for reduced motion: a drill is then just
+    // the next frame.
+    Q_PROPERTY(bool animatesDrill READ animatesDrill WRITE setAnimatesDrill NOTIFY animatesDrillChanged)
+    // True while a drill moves.
+    Q_PROPERTY(bool drilling READ drilling NOTIFY drillingChanged)
 
 public:
     explicit SunburstView(QQuickItem* parent = nullptr);
@@ -42,6 +57,13 @@ public:
     void setDark(bool dark);
     [[nodiscard]] double hubRadius() const;
     [[nodiscard]] bool holdsHover() const { return m_holdsHover; }
+    [[nodiscard]] QColor labelDark() const { return m_labelDark; }
+    void setLabelDark(const QColor& color);
+    [[nodiscard]] QColor labelLight() const { return m_labelLight; }
+    void setLabelLight(const QColor& color);
+    [[nodiscard]] bool animatesDrill() const { return m_animatesDrill; }
+    void setAnimatesDrill(bool animates);
+    [[nodiscard]] bool drilling() const;
     void setHoldsHover(bool holds);
     // Whether the sector drawn for AppState's hovered node reaches into
     // `rect` (item coordinates): the tooltip goes where it covers nothing.
@@ -55,6 +77,9 @@ Q_SIGNALS:
     void darkChanged();
     void hubRadiusChanged();
     void holdsHoverChanged();
+    void labelInksChanged();
+    void animatesDrillChanged();
+    void drillingChanged();
     // A secondary click at (x, y) in the item; the menu's subject is the hover.
     void contextMenuRequested(double x, double y);
 
@@ -69,13 +94,23 @@ protected:
 private:
     void moveMouse(const QPointF& location);
     void click();
+    // The focus moved: from a folder to a descendant or back, the chart moves.
+    void focusMoved();
 
     QPointer<AppState> m_state;
     QColor m_hubColor{0xec, 0xec, 0xec};
     std::optional<QPointF> m_mouseLocation;
     bool m_holdsHover = false;
     bool m_dark = false;
+    QColor m_labelDark{0, 0, 0, 217};
+    QColor m_labelLight{255, 255, 255, 242};
     QImage m_canvas; // kept between frames to spare the allocation
+    bool m_animatesDrill = true;
+    NodeRef m_shownFocus; // where the chart rests or its motion ends
+    NodeRef m_drillOuter; // the motion's ancestor and descendant foci
+    NodeRef m_drillInner;
+    bool m_drillingIn = false;
+    QVariantAnimation m_drill; // 0 to 1, linear; eased when painted
 };
 
 } // namespace tw

@@ -49,6 +49,42 @@ private Q_SLOTS:
         appearance.set({false, std::nullopt});
         QTRY_VERIFY(!near(pixel(sector), darkSector));
     }
+
+    // A drill moves unless the system asks for less motion;
+    // TIDEWICK_REDUCE_MOTION overrides the system either way.
+    void drillMovesUnlessMotionIsReduced_data()
+    {
+        QTest::addColumn<bool>("systemReduces");
+        QTest::addColumn<QByteArray>("override");
+        QTest::addColumn<bool>("moves");
+        QTest::newRow("no wish") << false << QByteArray() << true;
+        QTest::newRow("system reduces") << true << QByteArray() << false;
+        QTest::newRow("overridden on") << true << QByteArray("0") << true;
+        QTest::newRow("overridden off") << false << QByteArray(" 1\n") << false;
+        QTest::newRow("unknown override: the system") << true << QByteArray("yes") << false;
+    }
+    void drillMovesUnlessMotionIsReduced()
+    {
+        QFETCH(bool, systemReduces);
+        QFETCH(QByteArray, override);
+        QTemporaryDir dir;
+        const QByteArray home = makeHomeTree(dir.path());
+        FakeVolume volume;
+        FakeAccess access;
+        ChosenAppearance appearance;
+        const auto restore = qScopeGuard([] { qunsetenv("TIDEWICK_REDUCE_MOTION"); });
+        qputenv("TIDEWICK_REDUCE_MOTION", override);
+        appearance.set({false, std::nullopt, systemReduces});
+        Window window(volume, access, {}, &appearance);
+        QVERIFY(QTest::qWaitForWindowExposed(&window.view) && window.scan(home));
+        QQuickItem* chart = window.item("sunburst");
+        const FileNode* docs = child(window.state->root(), "docs");
+        window.click(window.pointOf(docs));
+        QCOMPARE(window.state->focus().get(), docs);
+        QTEST(chart->property("drilling").toBool(), "moves");
+        // And back up: the motion runs out and the chart rests.
+        QTRY_VERIFY(!chart->property("drilling").toBool());
+    }
 };
 
 TIDEWICK_TEST_MAIN(AppearanceTest)

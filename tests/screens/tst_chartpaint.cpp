@@ -7,6 +7,7 @@
 #include "TestFiles.h"
 #include "chart/SunburstLayout.h"
 #include "screens/CoverageRaster.h"
+#include "screens/RingLabelPainter.h"
 #include "screens/SunburstPainter.h"
 #include "screens/ThinSectors.h"
 
@@ -342,6 +343,50 @@ private Q_SLOTS:
         const QPoint inside(int(g.centreX) + 10, int(g.centreY - middle));
         QCOMPARE(doubled.pixel(2 * inside), single.pixel(inside));
         QCOMPARE(qAlpha(single.pixel(inside)), 255);
+    }
+
+    // A sector's name fades with it while another is hovered, and keeps the
+    // ink that reads on it at scale 1 and 2.
+    void namesFadeWithTheirSectors_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<QByteArray>("hovered"); // empty: none
+        QTest::addColumn<bool>("faded");
+        for (const double scale : {1.0, 2.0}) {
+            const QByteArray at = scale == 1 ? " @1x" : " @2x";
+            QTest::newRow(QByteArray("nothing hovered" + at).constData()) << scale << QByteArray() << false;
+            QTest::newRow(QByteArray("itself hovered" + at).constData()) << scale << QByteArray("Documents") << false;
+            QTest::newRow(QByteArray("another hovered" + at).constData()) << scale << QByteArray("Pictures") << true;
+        }
+    }
+    void namesFadeWithTheirSectors()
+    {
+        QFETCH(double, scale);
+        QFETCH(QByteArray, hovered);
+        QTemporaryDir dir;
+        const auto tree = scanTree(makeTree(QFile::encodeName(dir.path()) + "/t",
+                                            {{"Documents/a", 400 * 1024}, {"Pictures/b", 300 * 1024}}));
+        const std::vector<Segment> segments = buildSegments(tree->root(), 800, 600);
+        const std::vector<RingLabel> labels = placeRingLabels(segments, ringLabelMetrics(ringLabelFont()));
+        const FileNode* documents = childNamed(*tree->root(), "Documents");
+        const auto label = std::find_if(labels.begin(), labels.end(),
+                                        [&](const RingLabel& l) { return segments[l.segment].node == documents; });
+        QVERIFY(label != labels.end() && label->text == QStringLiteral("Documents"));
+        QImage image = blank(int(800 * scale), int(600 * scale));
+        image.setDevicePixelRatio(scale);
+        paintRingLabels(image, chartGeometry(800, 600), segments, {*label},
+                        hovered.isEmpty() ? nullptr : childNamed(*tree->root(), hovered.constData()),
+                        {QColor(0, 0, 0, 217), QColor(255, 255, 255, 242), QColor(0xec, 0xec, 0xec)}, false);
+        // The darkest ink of the name: the pale ring-0 fill takes the dark one.
+        int strongest = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (const QRgb p = image.pixel(x, y); qAlpha(p) > strongest) {
+                    strongest = qAlpha(p);
+                    QVERIFY(qRed(p) < 40 && qGreen(p) < 40 && qBlue(p) < 40);
+                }
+        QFETCH(bool, faded);
+        QVERIFY2(faded ? strongest <= 80 : strongest >= 190, qPrintable(QString::number(strongest)));
     }
 };
 

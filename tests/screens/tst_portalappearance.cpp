@@ -40,6 +40,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, Rgb& rgb)
 using SettingGroups = QMap<QString, QVariantMap>;
 
 const QString kGroup = QStringLiteral("org.freedesktop.appearance");
+const QString kGnome = QStringLiteral("org.gnome.desktop.interface");
 
 class FakePortal : public QObject {
     Q_OBJECT
@@ -47,11 +48,17 @@ class FakePortal : public QObject {
 
 public:
     QVariantMap settings;
+    QVariantMap gnome; // GNOME's own, which its portal passes on
 
 public Q_SLOTS:
     SettingGroups ReadAll(const QStringList& groups)
     {
-        return groups.contains(kGroup) ? SettingGroups{{kGroup, settings}} : SettingGroups{};
+        SettingGroups answer;
+        if (groups.contains(kGroup))
+            answer[kGroup] = settings;
+        if (groups.contains(kGnome) && !gnome.isEmpty())
+            answer[kGnome] = gnome;
+        return answer;
     }
 
 Q_SIGNALS:
@@ -84,17 +91,24 @@ private Q_SLOTS:
         QTest::addColumn<bool>("darkPalette");
         QTest::addColumn<bool>("dark");
         QTest::addColumn<QColor>("accent"); // invalid: none
+        QTest::addColumn<QVariantMap>("gnome");
+        QTest::addColumn<bool>("reduceMotion");
         const auto scheme = [](uint value) { return QVariant::fromValue(value); };
         const auto rgb = [](double r, double g, double b) { return QVariant::fromValue(Rgb{r, g, b}); };
+        const QVariantMap stillGnome{{"enable-animations", false}};
         QTest::newRow("prefers dark, with accent")
             << true << QVariantMap{{"color-scheme", scheme(1)}, {"accent-color", rgb(0.2, 0.4, 0.6)}} << false
-            << true << QColor::fromRgbF(0.2F, 0.4F, 0.6F);
-        QTest::newRow("prefers light over a dark palette")
-            << true << QVariantMap{{"color-scheme", scheme(2)}} << true << false << QColor();
-        QTest::newRow("no preference: the palette")
+            << true << QColor::fromRgbF(0.2F, 0.4F, 0.6F) << QVariantMap{} << false;
+        QTest::newRow("prefers light over a dark palette, reduced motion")
+            << true << QVariantMap{{"color-scheme", scheme(2)}, {"reduced-motion", scheme(1)}} << true << false
+            << QColor() << QVariantMap{} << true;
+        QTest::newRow("no preference: the palette; GNOME without animations")
             << true << QVariantMap{{"color-scheme", scheme(0)}, {"accent-color", rgb(1.5, 0, 0)}} << true << true
-            << QColor();
-        QTest::newRow("no portal: the palette") << false << QVariantMap{} << true << true << QColor();
+            << QColor() << stillGnome << true;
+        QTest::newRow("the portal's motion wins over GNOME's")
+            << true << QVariantMap{{"reduced-motion", scheme(0)}} << false << false << QColor() << stillGnome << false;
+        QTest::newRow("no portal: the palette") << false << QVariantMap{} << true << true << QColor() << QVariantMap{}
+                                                << false;
     }
     void readsAndFollowsThePortal()
     {
@@ -113,6 +127,8 @@ private Q_SLOTS:
         QDBusConnection service = m_bus.connect("portal");
         FakePortal fake;
         fake.settings = settings;
+        QFETCH(QVariantMap, gnome);
+        fake.gnome = gnome;
         const auto unregister = qScopeGuard([&] {
             service.unregisterService(QStringLiteral("org.freedesktop.portal.Desktop"));
             service.unregisterObject(QStringLiteral("/org/freedesktop/portal/desktop"));
@@ -128,6 +144,7 @@ private Q_SLOTS:
         QTest::qWait(300);
         QCOMPARE(appearance.current().dark, dark);
         QCOMPARE(appearance.current().accent.value_or(QColor()), accent);
+        QTEST(appearance.current().reduceMotion, "reduceMotion");
 
         if (portal) {
             // A change while running: the other look, then the accent taken away.
@@ -144,6 +161,10 @@ private Q_SLOTS:
                                        QDBusVariant(QVariant::fromValue(uint(dark ? 1 : 2))));
             QTest::qWait(100);
             QCOMPARE(appearance.current().dark, !dark);
+            // Asking for less motion while running.
+            Q_EMIT fake.SettingChanged(kGroup, QStringLiteral("reduced-motion"),
+                                       QDBusVariant(QVariant::fromValue(uint(1))));
+            QTRY_VERIFY(appearance.current().reduceMotion);
         } else {
             // The palette's own change is followed.
             QGuiApplication::setPalette(QPalette());

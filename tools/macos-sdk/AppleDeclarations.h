@@ -590,7 +590,15 @@ TW_MACOS(11.0)
     completionHandler:(void (^)(NSDictionary<NSURL*, NSURL*>* newURLs, NSError* error))handler;
 // appkit/nsworkspace/runningapplications
 @property(readonly, copy) NSArray<NSRunningApplication*>* runningApplications;
+// appkit/nsworkspace/notificationcenter
+@property(readonly, strong) NSNotificationCenter* notificationCenter;
+// appkit/nsworkspace/accessibilitydisplayshouldreducemotion
+@property(readonly) BOOL accessibilityDisplayShouldReduceMotion TW_MACOS(10.12);
 @end
+extern "C" {
+// appkit/nsworkspace/accessibilitydisplayoptionsdidchangenotification
+extern const NSNotificationName NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification TW_MACOS(10.10);
+}
 
 // ---------------------------------------------------------------- Security
 // security/osstatus, security/errsecsuccess

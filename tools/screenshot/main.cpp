@@ -259,7 +259,8 @@ public:
 
     // One screen: a fresh window and state, prepared by `setUp`, then saved.
     void setSuffix(QString suffix) { m_suffix = std::move(suffix); }
-    void setDark(bool dark) { m_appearance.set({dark, std::nullopt}); }
+    // Pictures of states at rest: a drill is shown where it ends, not mid-way.
+    void setDark(bool dark) { m_appearance.set({dark, std::nullopt, true}); }
 
     bool shoot(const QString& name, const std::function<bool(AppState&, QQuickView&)>& setUp,
                const DiskAccess* access = nullptr, const QByteArray& unseenRoot = {})
@@ -323,7 +324,7 @@ private:
     QByteArray m_sampleTree;
     QString m_only;
     QString m_suffix;
-    ChosenAppearance m_appearance;
+    ChosenAppearance m_appearance{{false, std::nullopt, true}};
     MadeUpVolume m_volume;
     MadeUpTmutil m_tool;
     MadeUpApps m_apps;

@@ -15,6 +15,9 @@ const QString kService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString kPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString kInterface = QStringLiteral("org.freedesktop.portal.Settings");
 const QString kGroup = QStringLiteral("org.freedesktop.appearance");
+// GNOME's own settings, which its portal passes on: the older way of saying
+// "no animations".
+const QString kGnomeGroup = QStringLiteral("org.gnome.desktop.interface");
 
 using SettingGroups = QMap<QString, QVariantMap>;
 
@@ -47,7 +50,7 @@ PortalAppearance::PortalAppearance(QDBusConnection bus, QObject* parent)
     // Asked without waiting: the window shows at once, in the palette's look
     // until the answer comes (a missing portal answers with an error).
     QDBusMessage readAll = QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("ReadAll"));
-    readAll << QStringList{kGroup};
+    readAll << QStringList{kGroup, kGnomeGroup};
     auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(readAll, 5000), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* call) {
         call->deleteLater();
@@ -55,9 +58,11 @@ PortalAppearance::PortalAppearance(QDBusConnection bus, QObject* parent)
         if (reply.isError())
             return;
         bool any = false;
-        const QVariantMap settings = reply.value().value(kGroup);
-        for (auto it = settings.cbegin(); it != settings.cend(); ++it)
-            any |= take(it.key(), it.value());
+        for (const QString& group : {kGroup, kGnomeGroup}) {
+            const QVariantMap settings = reply.value().value(group);
+            for (auto it = settings.cbegin(); it != settings.cend(); ++it)
+                any |= take(group, it.key(), it.value());
+        }
         if (any)
             Q_EMIT changed();
     });
@@ -65,22 +70,32 @@ PortalAppearance::PortalAppearance(QDBusConnection bus, QObject* parent)
 
 Appearance PortalAppearance::current() const
 {
-    return {m_prefersDark ? *m_prefersDark : m_palette.current().dark, m_accent};
+    return {m_prefersDark ? *m_prefersDark : m_palette.current().dark, m_accent,
+            reducedMotionWish(m_reducedMotion, m_gnomeAnimations)};
 }
 
 void PortalAppearance::settingChanged(const QString& group, const QString& key, const QDBusVariant& value)
 {
-    if (group == kGroup && take(key, value.variant()))
+    if (take(group, key, value.variant()))
         Q_EMIT changed();
 }
 
-bool PortalAppearance::take(const QString& key, const QVariant& given)
+bool PortalAppearance::take(const QString& group, const QString& key, const QVariant& given)
 {
     const QVariant value = unwrapped(given);
     const Appearance before = current();
-    if (key == QLatin1String("color-scheme")) {
+    bool ok = false;
+    if (group == kGnomeGroup) {
+        if (key != QLatin1String("enable-animations"))
+            return false;
+        m_gnomeAnimations = value.typeId() == QMetaType::Bool ? std::optional<bool>(value.toBool()) : std::nullopt;
+    } else if (group != kGroup) {
+        return false;
+    } else if (key == QLatin1String("reduced-motion")) {
+        const uint reduced = value.toUInt(&ok);
+        m_reducedMotion = ok ? std::optional<quint32>(reduced) : std::nullopt;
+    } else if (key == QLatin1String("color-scheme")) {
         // 1 prefers dark, 2 prefers light, anything else no preference.
-        bool ok = false;
         const uint scheme = value.toUInt(&ok);
         m_prefersDark = ok && scheme == 1 ? std::optional<bool>(true)
                         : ok && scheme == 2 ? std::optional<bool>(false)

@@ -49,11 +49,21 @@ public:
                                                                   (void)note;
                                                                   Q_EMIT changed();
                                                                 }];
+        // Reduce motion is among the accessibility display options.
+        NSNotificationCenter* workspace = NSWorkspace.sharedWorkspace.notificationCenter;
+        m_motion = [workspace addObserverForName:NSWorkspaceAccessibilityDisplayOptionsDidChangeNotification
+                                          object:nil
+                                           queue:nil
+                                      usingBlock:^(NSNotification* note) {
+                                        (void)note;
+                                        Q_EMIT changed();
+                                      }];
     }
     ~MacAppearance() override
     {
         [NSApp removeObserver:m_observer forKeyPath:@"effectiveAppearance"];
         [NSNotificationCenter.defaultCenter removeObserver:m_colours];
+        [NSWorkspace.sharedWorkspace.notificationCenter removeObserver:m_motion];
     }
 
     Appearance current() const override
@@ -72,12 +82,14 @@ public:
           }
         }];
         return {isDarkAppearanceName(name ? QString::fromNSString(name) : QString()),
-                accentFromComponents(red, green, blue)};
+                accentFromComponents(red, green, blue),
+                bool(NSWorkspace.sharedWorkspace.accessibilityDisplayShouldReduceMotion)};
     }
 
 private:
     TidewickAppearanceObserver* m_observer = nil;
     id m_colours = nil;
+    id m_motion = nil;
 };
 
 } // namespace

@@ -33,8 +33,9 @@ struct HttpRequest {
 struct HttpResponse {
     enum class Delivery {
         whole,         // at once
-        late,          // at once, after `intervalMs`
+        late,          // whole, after `intervalMs`
         trickle,       // headers, then the body a byte every `intervalMs`
+        pause,         // headers and half the body, the rest after `intervalMs`
         endlessBody,   // headers, then a body that never ends
         endlessHeader, // the status line, then header lines that never end
     };
@@ -115,26 +116,26 @@ private:
     void deliver(QTcpSocket* socket, const QByteArray& answer, const HttpResponse& response)
     {
         using Delivery = HttpResponse::Delivery;
-        if (response.delivery == Delivery::whole) {
-            socket->write(answer);
+        const auto finish = [socket](const QByteArray& bytes) {
+            socket->write(bytes);
             socket->disconnectFromHost();
-            return;
-        }
+        };
+        if (response.delivery == Delivery::whole)
+            return finish(answer);
         const qsizetype headerEnd = answer.indexOf("\r\n\r\n") + 4;
+        if (response.delivery == Delivery::late || response.delivery == Delivery::pause) {
+            const qsizetype now = response.delivery == Delivery::late ? 0 : headerEnd + (answer.size() - headerEnd) / 2;
+            socket->write(answer.left(now));
+            return QTimer::singleShot(response.intervalMs, socket, [finish, rest = answer.mid(now)] { finish(rest); });
+        }
         const QByteArray head = response.delivery == Delivery::endlessHeader ? answer.left(answer.indexOf("\r\n") + 2)
                                 : response.delivery == Delivery::endlessBody  ? answer.left(headerEnd).replace("Content-Length", "X-Length")
                                                                               : answer.left(headerEnd);
-        if (response.delivery != Delivery::late)
-            socket->write(head);
+        socket->write(head);
         auto sent = std::make_shared<qint64>(0);
         auto* pump = new QTimer(socket);
         QTimer::singleShot(30000, pump, [socket] { socket->abort(); });
         connect(pump, &QTimer::timeout, socket, [=, this] {
-            if (response.delivery == Delivery::late) {
-                socket->write(answer);
-                socket->disconnectFromHost();
-                return pump->stop();
-            }
             if (response.delivery == Delivery::trickle) {
                 if (headerEnd + *sent < answer.size())
                     socket->write(answer.mid(headerEnd + (*sent)++, 1));
@@ -174,7 +175,9 @@ inline tw::RequestLimits quickLimits()
 }
 
 // Table rows of answers that each break one of quickLimits(), bar the first,
-// late but in time; `taken` says whether the client may read it.
+// late but in time; `taken` says whether the client may read it. The pause
+// in the body ends within the whole transfer's limit: only the stall rule
+// gives it up.
 inline void addAnswersAtTheLimits(const QByteArray& body)
 {
     using Delivery = HttpResponse::Delivery;
@@ -185,5 +188,6 @@ inline void addAnswersAtTheLimits(const QByteArray& body)
     QTest::newRow("header without end") << HttpResponse{200, body, "application/json", Delivery::endlessHeader, 1} << false;
     QTest::newRow("header too large") << HttpResponse{200, body, "application/json\r\nX-Pad: " + QByteArray(5000, 'h')} << false;
     QTest::newRow("body without end") << HttpResponse{200, body, "application/json", Delivery::endlessBody, 0} << false;
+    QTest::newRow("pause in the body") << HttpResponse{200, body, "application/json", Delivery::pause, 1500} << false;
     QTest::newRow("trickle") << HttpResponse{200, body + QByteArray(100, ' '), "application/json", Delivery::trickle, 100} << false;
 }

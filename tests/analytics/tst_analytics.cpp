@@ -101,11 +101,8 @@ private Q_SLOTS:
 
     void scanAndDeletionRaiseTheirEvents()
     {
-        const QByteArray root = QFile::encodeName(m_dir.filePath(QStringLiteral("tree")));
-        makeDir(root);
-        makeDir(root + "/folder");
-        writeFile(root + "/folder/data", 8192);
-        writeFile(root + "/file", 4096);
+        const QByteArray root = makeTree(QFile::encodeName(m_dir.filePath(QStringLiteral("tree"))),
+                                         {{"folder/data", 8192}, {"file", 4096}});
 
         bool refuse = false;
         AppState::Services s = services();
@@ -117,14 +114,13 @@ private Q_SLOTS:
         QTest::qWait(100);
         QVERIFY(m_recorder->events().isEmpty());
 
-        state.requestScan(root);
-        QVERIFY(QTest::qWaitFor([&] { return state.phase() == AppState::Phase::ready; }, 20000));
+        QVERIFY(scanned(state, root));
         const Event completed{QStringLiteral("scan_completed"),
                               {{QStringLiteral("size_bytes"), state.root()->size()}, {QStringLiteral("children_count"), qint64(2)}}};
         QVERIFY((m_recorder->events() == QList<Event>{completed}));
 
         QSignalSpy finished(&state, &AppState::deletionFinished);
-        const NodeRef folder = state.root().sibling(state.root().tree()->find(root + "/folder"));
+        const NodeRef folder = nodeAt(state, root + "/folder");
         const qint64 folderSize = folder->size();
         state.setDeleteCandidate(folder);
         state.confirmDelete();
@@ -136,7 +132,7 @@ private Q_SLOTS:
         // A failed move raises nothing.
         refuse = true;
         m_recorder->clear();
-        state.setDeleteCandidate(state.root().sibling(state.root().tree()->find(root + "/file")));
+        state.setDeleteCandidate(nodeAt(state, root + "/file"));
         state.confirmDelete();
         QVERIFY(finished.wait(5000));
         QVERIFY(m_recorder->events().isEmpty());

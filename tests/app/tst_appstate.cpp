@@ -1,10 +1,17 @@
 // AppState's scanning half: the gate, stamps, refresh with focus restoration,
-// cancel and reset, the Full Disk Access notice, guarded focus changes.
+// cancel and reset, the Full Disk Access notice, guarded focus changes, and
+// the used space a scan from a mount point could not see (with made-up
+// volume facts; the command line's figures on a real volume are in the Linux
+// mount tests).
 
 #include "TestMain.h"
 #include "FakePlatform.h"
 #include "TestFiles.h"
 #include "app/AppState.h"
+#include "app/UnseenSpace.h"
+#include "localization/LocalizationManager.h"
+#include "localization/TextFormat.h"
+#include "platform/ProcessRunner.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -15,6 +22,38 @@
 
 using namespace tw;
 using namespace tw::test;
+
+namespace {
+
+constexpr qint64 kMB = 1000 * 1000;
+
+// One folder stands for a mount point, with 50 MB used of 100 MB.
+class FakeMount final : public VolumeFacts {
+public:
+    std::optional<VolumeInfo::Capacity> capacity(const QByteArray&) const override
+    {
+        return VolumeInfo::Capacity{100 * kMB, 58 * kMB, 50 * kMB};
+    }
+    VolumeInfo::Medium medium(const QByteArray&) const override { return VolumeInfo::Medium::unknown; }
+    std::optional<VolumeInfo::MountUsage> mountUsage(const QByteArray& path) const override
+    {
+        if (path != mountPoint)
+            return std::nullopt;
+        return VolumeInfo::MountUsage{*capacity(path), 8 * kMB, std::nullopt};
+    }
+    QByteArray mountPoint;
+};
+
+class ThreeSnapshots final : public ProcessRunner {
+public:
+    std::optional<QByteArray> run(const QString&, const QStringList&) const override
+    {
+        return QByteArray("com.apple.TimeMachine.a.local\ncom.apple.TimeMachine.b.local\n"
+                          "com.apple.TimeMachine.c.local\n");
+    }
+};
+
+} // namespace
 
 class AppStateTest : public QObject {
     Q_OBJECT
@@ -332,16 +371,50 @@ private Q_SLOTS:
 
     void modeHasItsTexts()
     {
+        // The mode's signal and its texts in events are pinned by tst_analytics.
         AppState state(services());
         QCOMPARE(state.mode(), AppState::Mode::folder);
-        QSignalSpy modes(&state, &AppState::modeChanged);
-        state.setMode(AppState::Mode::apps);
-        state.setMode(AppState::Mode::apps);
-        QCOMPARE(modes.count(), 1);
-        QCOMPARE(AppState::toText(AppState::Mode::apps), QStringLiteral("apps"));
-        QCOMPARE(AppState::toText(AppState::Mode::folder), QStringLiteral("folder"));
         QCOMPARE(AppState::modeFromText(u"apps"), std::optional(AppState::Mode::apps));
         QVERIFY(!AppState::modeFromText(u"Apps"));
+    }
+
+    void figureFollowsTheRootOfAMountPoint()
+    {
+        LocalizationManager::shared().setCurrent(Language::english);
+        const QByteArray root = makeTree(base() + "/volume", {{"folder/data", 2 * kMB}});
+        FakeMount mount;
+        ThreeSnapshots tool;
+        AppState::Services s;
+        s.volumes = &mount;
+        s.processes = &tool;
+        AppState state(s);
+        UnseenSpaceModel model;
+        model.setState(&state);
+
+        // A folder that is not its volume's mount point has no figure.
+        QVERIFY(scanned(state, root + "/folder") && !state.unseenSpace() && !model.shown());
+
+        mount.mountPoint = root;
+        QVERIFY(scanned(state, root) && state.unseenSpace() && model.shown());
+        const UnseenSpace& unseen = *state.unseenSpace();
+        QCOMPARE(unseen.bytes, 50 * kMB - state.root()->size());
+        QCOMPARE(unseen.localSnapshots, 3);
+        QCOMPARE(unseen.purgeable, std::optional<qint64>(8 * kMB));
+        QCOMPARE(unseen.otherBytes(), unseen.bytes - 8 * kMB);
+        QCOMPARE(model.sizeText(), formatBytes(unseen.bytes));
+        const QStringList help = model.helpText().split(u'\n');
+        QCOMPARE(help, (QStringList{
+                           LocalizationManager::shared().string(QStringLiteral("details.unseen.help")),
+                           QStringLiteral("• Local Time Machine snapshots: 3"),
+                           QStringLiteral("• Purgeable space: 8 MB"),
+                           QStringLiteral("• System data and everything else: ") + formatBytes(unseen.otherBytes()),
+                       }));
+
+        // Only while the root is focused; gone with the tree.
+        QVERIFY(state.focusOn(nodeAt(state, root + "/folder")) && !model.shown());
+        QVERIFY(state.goUp() && model.shown());
+        state.resetToWelcome();
+        QVERIFY(!state.unseenSpace() && !model.shown());
     }
 };
 

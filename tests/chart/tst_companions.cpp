@@ -1,5 +1,6 @@
-// The chart's companions: the details rows and their hover rule, the
-// tooltip's texts and the breadcrumb, driven through AppState.
+// The chart's companions: the details rows, the tooltip's texts and the
+// breadcrumb, driven through AppState. The rows' hover and double-click rules
+// are driven with the mouse in tst_screens.
 
 #include "FakePlatform.h"
 #include "TestMain.h"
@@ -47,60 +48,25 @@ private Q_SLOTS:
         LargestChildrenModel model(state);
         QCOMPARE(model.rowCount(), 0);
         QVERIFY(scanned(state, base() + "/tree"));
+        const auto role = [&](int row, int role) { return model.data(model.index(row), role).toString(); };
         // Four children: four rows, largest first, with their texts.
         QCOMPARE(model.rowCount(), 4);
-        QCOMPARE(model.data(model.index(0), LargestChildrenModel::NameRole).toString(), QStringLiteral("many"));
-        const FileNode* movie = state.root().tree()->find(base() + "/tree/movie");
-        int movieRow = 0;
-        while (movieRow < model.rowCount() && model.nodeAt(movieRow).get() != movie)
-            ++movieRow;
-        const auto role = [&](int row, int role) { return model.data(model.index(row), role); };
-        QCOMPARE(role(movieRow, LargestChildrenModel::IsDirectoryRole).toBool(), false);
-        QCOMPARE(role(movieRow, LargestChildrenModel::ShareTextRole).toString(),
-                 percentText(double(movie->size()), double(state.root()->size())));
-        QCOMPARE(role(movieRow, LargestChildrenModel::SizeTextRole).toString(), formatBytes(movie->size()));
+        QCOMPARE(role(0, LargestChildrenModel::NameRole), QStringLiteral("many"));
+        const NodeRef movie = nodeAt(state, base() + "/tree/movie");
+        int row = 0;
+        while (row < model.rowCount() && model.nodeAt(row) != movie)
+            ++row;
+        QCOMPARE(QStringList({role(row, LargestChildrenModel::IsDirectoryRole), role(row, LargestChildrenModel::ShareTextRole),
+                              role(row, LargestChildrenModel::SizeTextRole)}),
+                 QStringList({QStringLiteral("false"), percentText(double(movie->size()), double(state.root()->size())),
+                              formatBytes(movie->size())}));
 
         // Forty children: twelve rows, and they follow the focus.
         QVERIFY(state.focusOn(nodeAt(state, base() + "/tree/many")));
         QCOMPARE(model.rowCount(), LargestChildrenModel::kMaximumRows);
-        QCOMPARE(role(0, LargestChildrenModel::NameRole).toString(), QStringLiteral("f39"));
-        QCOMPARE(role(11, LargestChildrenModel::NameRole).toString(), QStringLiteral("f28"));
+        QCOMPARE(role(0, LargestChildrenModel::NameRole) + u' ' + role(11, LargestChildrenModel::NameRole),
+                 QStringLiteral("f39 f28"));
         QVERIFY(model.roleNames().values().contains("shareText"));
-    }
-
-    void hoverAndDoubleClick()
-    {
-        AppState state(oneWorker());
-        LargestChildrenModel model(state);
-        QVERIFY(scanned(state, base() + "/tree"));
-        QSignalSpy changes(&model, &LargestChildrenModel::dataChanged);
-        // Straight from one row to the next: whichever order the events
-        // come in, the second row stays lit.
-        model.enter(0);
-        model.enter(1);
-        model.leave(0);
-        QCOMPARE(state.hovered(), model.nodeAt(1));
-        const auto lit = [&](int row) { return model.data(model.index(row), LargestChildrenModel::IsHoveredRole).toBool(); };
-        QVERIFY(lit(1) && !lit(0) && changes.count() >= 2);
-        model.leave(1);
-        QVERIFY(!state.hovered());
-
-        // Double click: files and empty folders stay put, folders with children open.
-        for (int row = 0; row < model.rowCount(); ++row) {
-            const NodeRef node = model.nodeAt(row);
-            const bool opens = model.data(model.index(row), LargestChildrenModel::CanDrillInRole).toBool();
-            QCOMPARE(opens, node->isDirectory() && node->hasChildren());
-            if (!opens) {
-                QVERIFY(!model.drillIn(row));
-                QCOMPARE(state.focus(), state.root());
-            }
-        }
-        const NodeRef docs = nodeAt(state, base() + "/tree/docs");
-        for (int row = 0; row < model.rowCount(); ++row)
-            if (model.nodeAt(row) == docs)
-                QVERIFY(model.drillIn(row));
-        QCOMPARE(state.focus(), docs);
-        QCOMPARE(model.rowCount(), 1);
     }
 
     void tooltipTexts()
@@ -142,44 +108,31 @@ private Q_SLOTS:
         QCOMPARE(breadcrumbLabel(*scanUntil("/", options, [](const ScanProgress&) { return true; })->root()), QStringLiteral("/"));
     }
 
+    void breadcrumbGivesWayFromTheMiddle_data()
+    {
+        QTest::addColumn<std::vector<double>>("natural");
+        QTest::addColumn<double>("available");
+        QTest::addColumn<std::vector<double>>("widths"); // -1: folded behind the "…"
+        // Room enough: everything at its natural width.
+        QTest::newRow("room") << std::vector<double>{50, 100, 100, 200} << 1000.0 << std::vector<double>{50, 100, 100, 200};
+        // A little short: the middle shrinks, the root and the focus stay whole.
+        QTest::newRow("short") << std::vector<double>{50, 100, 100, 200} << 480.0 << std::vector<double>{50, 85, 85, 200};
+        // Shorter: middle elements fold behind one "…", from the root's side.
+        QTest::newRow("shorter") << std::vector<double>{50, 100, 100, 100, 200} << 420.0
+                                 << std::vector<double>{50, -1, 40, 40, 200};
+        // Hardly any room: the root, then the focus, shrink to the minimum and no further.
+        QTest::newRow("hardly") << std::vector<double>{300, 100, 400} << 200.0 << std::vector<double>{40, -1, 110};
+        QTest::newRow("one") << std::vector<double>{300} << 100.0 << std::vector<double>{100};
+    }
     void breadcrumbGivesWayFromTheMiddle()
     {
-        const auto plan = [](std::vector<double> natural, double available) {
-            return planBreadcrumb(natural, available, 20, 10, 40);
-        };
-        const auto width = [](const CrumbPlan& p) {
-            double sum = p.ellipsisAt >= 0 ? 10 : 0;
-            int shown = p.ellipsisAt >= 0 ? 1 : 0;
-            for (const double w : p.widths) {
-                sum += w >= 0 ? w : 0;
-                shown += w >= 0 ? 1 : 0;
-            }
-            return sum + 20 * (shown - 1);
-        };
-        // Room enough: everything at its natural width.
-        CrumbPlan p = plan({50, 100, 100, 200}, 1000);
-        QCOMPARE(p.widths, (std::vector<double>{50, 100, 100, 200}));
-        QCOMPARE(p.ellipsisAt, -1);
-        // A little short: the middle shrinks, the root and the focus stay whole.
-        p = plan({50, 100, 100, 200}, 480);
-        QCOMPARE(p.widths.front(), 50.0);
-        QCOMPARE(p.widths.back(), 200.0);
-        QCOMPARE(width(p), 480.0);
-        QVERIFY(p.widths[1] >= 40 && p.widths[2] >= 40);
-        // Shorter: middle elements fold behind one "…", from the root's side.
-        p = plan({50, 100, 100, 100, 200}, 420);
-        QCOMPARE(p.ellipsisAt, 1);
-        QCOMPARE(p.widths[1], -1.0);
-        QVERIFY(p.widths[3] >= 40);
-        QCOMPARE(p.widths.back(), 200.0);
-        QVERIFY(width(p) <= 420);
-        // Hardly any room: the root, then the focus, shrink to the minimum and no further.
-        p = plan({300, 100, 400}, 200);
-        QCOMPARE(p.widths[1], -1.0);
-        QCOMPARE(p.widths.front(), 40.0);
-        QVERIFY(p.widths.back() >= 40 && p.widths.back() < 400);
-        p = plan({300}, 100);
-        QCOMPARE(p.widths, std::vector<double>{100});
+        QFETCH(std::vector<double>, natural);
+        QFETCH(double, available);
+        QFETCH(std::vector<double>, widths);
+        const CrumbPlan plan = planBreadcrumb(natural, available, 20, 10, 40);
+        QCOMPARE(plan.widths, widths);
+        const auto folded = std::find(widths.begin(), widths.end(), -1.0);
+        QCOMPARE(plan.ellipsisAt, folded == widths.end() ? -1 : int(folded - widths.begin()));
     }
 };
 

@@ -51,15 +51,6 @@ Quotes quotesOf(Language language)
     return {};
 }
 
-std::vector<std::pair<TextPlatform, Language>> everyTable()
-{
-    std::vector<std::pair<TextPlatform, Language>> all;
-    for (TextPlatform platform : allTextPlatforms)
-        for (Language language : allLanguages)
-            all.emplace_back(platform, language);
-    return all;
-}
-
 const QString kKey = QString::fromLatin1(LocalizationManager::kSettingsKey);
 const char* const kDuplicateChild = "TIDEWICK_DUPLICATE_KEY_CHILD";
 
@@ -77,22 +68,16 @@ std::pair<int, QString> runSelf(const QList<QByteArray>& arguments, const char* 
     posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, pipe[1], STDERR_FILENO);
     posix_spawn_file_actions_addclose(&actions, pipe[0]);
-
-    const QByteArray program = QCoreApplication::applicationFilePath().toLocal8Bit();
-    std::vector<char*> argv{const_cast<char*>(program.constData())};
+    QByteArray program = QCoreApplication::applicationFilePath().toLocal8Bit();
+    std::vector<char*> argv{program.data()};
     for (const QByteArray& argument : arguments)
         argv.push_back(const_cast<char*>(argument.constData()));
     argv.push_back(nullptr);
-    QList<QByteArray> environment{QByteArray(flag) + "=1"};
-    for (char** entry = environ; *entry; ++entry)
-        environment << QByteArray(*entry);
-    std::vector<char*> envp;
-    for (QByteArray& entry : environment)
-        envp.push_back(entry.data());
-    envp.push_back(nullptr);
-
+    // The child inherits the flag; this process has no use for it.
+    qputenv(flag, "1");
     pid_t pid = -1;
-    const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
+    const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    qunsetenv(flag);
     posix_spawn_file_actions_destroy(&actions);
     ::close(pipe[1]);
     QByteArray output;
@@ -138,10 +123,14 @@ private Q_SLOTS:
     void conventionsOfEachLanguage()
     {
         const QString name = QStringLiteral("Tidewick");
+        std::vector<std::pair<TextPlatform, Language>> tables;
+        for (TextPlatform platform : allTextPlatforms)
+            for (Language language : allLanguages)
+                tables.emplace_back(platform, language);
         for (const catalogue::Entry& entry : catalogue::english()) {
             const QString key = QString::fromUtf8(entry.key);
             const QString english = QString::fromUtf8(entry.text);
-            for (const auto& [platform, language] : everyTable()) {
+            for (const auto& [platform, language] : tables) {
                 const QString text = LocalizationManager::lookup(platform, language, key);
                 const QString where = languageCode(language) + QLatin1Char(' ') + key;
                 // The same placeholders, in the same order.
@@ -167,12 +156,10 @@ private Q_SLOTS:
                     // Chinese sentences close with the full-width full stop.
                     if (sentence)
                         QVERIFY2(text.endsWith(QChar(0x3002)), qPrintable(where));
-                    for (QChar halfWidth : {QLatin1Char(','), QLatin1Char(':'), QLatin1Char('?'), QLatin1Char('(')}) {
-                        // Half-width punctuation only inside Latin fragments (paths, "⌘R", addresses).
-                        if (text.contains(halfWidth) && !english.contains(QStringLiteral("(⌘R)"))
-                            && !text.contains(QStringLiteral("://")))
-                            QVERIFY2(false, qPrintable(where));
-                    }
+                    // Half-width punctuation only inside Latin fragments (paths, "⌘R", addresses).
+                    for (QChar halfWidth : {QLatin1Char(','), QLatin1Char(':'), QLatin1Char('?'), QLatin1Char('(')})
+                        QVERIFY2(!text.contains(halfWidth) || english.contains(QStringLiteral("(⌘R)"))
+                                     || text.contains(QStringLiteral("://")), qPrintable(where));
                 }
             }
         }
@@ -263,7 +250,6 @@ private Q_SLOTS:
         LocalizationManager manager(store, {}, TextPlatform::macOS);
         QCOMPARE(manager.string(QStringLiteral("no.such.key")), QStringLiteral("no.such.key"));
         QCOMPARE(manager.string(QStringLiteral("mode.apps")), QStringLiteral("Приложения"));
-        QCOMPARE(manager.strings().value(QStringLiteral("mode.apps")).toString(), QStringLiteral("Приложения"));
         QCOMPARE(manager.strings().size(), qsizetype(catalogue::kKeyCount));
         // The map QML binds to follows the language, text for text.
         manager.setCurrent(Language::german);
@@ -365,9 +351,9 @@ private Q_SLOTS:
 
     void languageFacts()
     {
-        QCOMPARE(languageNativeName(Language::russian), QStringLiteral("Русский"));
-        QCOMPARE(languageNativeName(Language::chinese), QStringLiteral("中文"));
-        QCOMPARE(languageDateLocale(Language::chinese), QStringLiteral("zh_Hans"));
+        QCOMPARE(QStringList({languageNativeName(Language::russian), languageNativeName(Language::chinese),
+                              languageDateLocale(Language::chinese)}),
+                 QStringList({QStringLiteral("Русский"), QStringLiteral("中文"), QStringLiteral("zh_Hans")}));
         QCOMPARE(languageFromCode(u"de"), std::optional(Language::german));
         QVERIFY(!languageFromCode(u"DE"));
     }

@@ -1,7 +1,8 @@
 // Painting the chart: the polygon raster's coverage against exact areas and
 // against QPainter, runs of thin sectors painted pixel by pixel against the
 // same sectors painted as polygons, bands that do not change a pixel, the
-// hit's bold stroke inside a run, and the device pixel ratio.
+// hit's bold stroke inside a run and the fading of all but its branch, and
+// the device pixel ratio.
 
 #include "TestMain.h"
 #include "TestFiles.h"
@@ -16,6 +17,7 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -103,6 +105,14 @@ SectorStrokes chartStrokes()
     return {qPremultiply(qRgba(255, 255, 255, 89)), 0.8, qRgba(255, 255, 255, 255), 2.2};
 }
 
+// The pixel in the middle of `s`, or, with `turn` of pi, the one opposite it.
+QPoint middleOf(const Segment& s, const ChartGeometry& g, double turn = 0)
+{
+    const double r = (s.innerRadius + s.outerRadius) / 2;
+    const double a = (s.startAngle + s.endAngle) / 2 + turn;
+    return QPoint(int(g.centreX + r * std::sin(a)), int(g.centreY - r * std::cos(a)));
+}
+
 // The same sectors, one polygon after another.
 void paintAsPolygons(const PixelBand& band, const RingFrame& ring,
                      const std::vector<RingSector>& sectors, const SectorStrokes& strokes)
@@ -160,10 +170,7 @@ private Q_SLOTS:
                 area += clipped[i].x() * clipped[i + 1].y() - clipped[i + 1].x() * clipped[i].y();
             area = std::abs(area) / 2;
             QVERIFY2(std::abs(alphaSum(canvas) - area) < 0.5 + area * 0.005,
-                     qPrintable(QStringLiteral("round %1: %2 vs %3")
-                                    .arg(round)
-                                    .arg(alphaSum(canvas))
-                                    .arg(area)));
+                     qPrintable(QStringLiteral("round %1: %2 vs %3").arg(round).arg(alphaSum(canvas)).arg(area)));
         }
         // Wholly outside: nothing, and nothing breaks.
         QImage untouched = blank(16, 16);
@@ -277,10 +284,7 @@ private Q_SLOTS:
         QCOMPARE(segments.size(), std::size_t(3000));
         const ChartGeometry g = chartGeometry(800, 600);
         const Segment& hit = segments[750]; // at three o'clock
-        const double r = (hit.innerRadius + hit.outerRadius) / 2;
-        const double a = (hit.startAngle + hit.endAngle) / 2;
-        const QPoint atHit(int(g.centreX + r * std::sin(a)), int(g.centreY - r * std::cos(a)));
-        const QPoint opposite(int(g.centreX - r * std::sin(a)), int(g.centreY + r * std::cos(a)));
+        const QPoint atHit = middleOf(hit, g), opposite = middleOf(hit, g, std::numbers::pi);
 
         QImage plain = blank(800, 600);
         paintSunburst(plain, g, segments, nullptr, Qt::white);
@@ -295,35 +299,55 @@ private Q_SLOTS:
         for (const QPoint& beside : {atHit + QPoint(0, 6), atHit - QPoint(0, 6)})
             QVERIFY2(atLine >= whiteness(withHit.pixel(beside)) + 10,
                      qPrintable(QString::number(atLine)));
-        QVERIFY(qAlpha(withHit.pixel(opposite)) < qAlpha(plain.pixel(opposite)));
-        // Neighbours sharing a pixel leave a seam of a few levels, as painting
-        // them one by one does.
+        // That the rest fades is hitFadesAllButItsBranch's. Neighbours sharing
+        // a pixel leave a seam of a few levels, as painting them one by one does.
         QVERIFY(qAlpha(plain.pixel(opposite)) >= 240);
         // Sectors narrower than their outline go without it, so the ring shows
         // its fills rather than a smear of white lines: over a patch, the
         // colour painted is the colour of the sectors found there.
-        double painted[3] = {}, found[3] = {};
+        const auto channels = [](QColor c) { return std::array<int, 3>{c.red(), c.green(), c.blue()}; };
+        std::array<double, 3> painted{}, found{};
         for (int dy = -4; dy <= 4; ++dy) {
             for (int dx = -4; dx <= 4; ++dx) {
                 const QPoint at = opposite + QPoint(dx, dy);
-                const QRgb seen = plain.pixel(at);
-                const Segment* under =
-                    segmentAt(at.x() + 0.5 - g.centreX, at.y() + 0.5 - g.centreY, segments);
+                const Segment* under = segmentAt(at.x() + 0.5 - g.centreX, at.y() + 0.5 - g.centreY, segments);
                 QVERIFY(under);
-                const QColor fill = sectorFill(*under, nullptr);
-                painted[0] += qRed(seen);
-                painted[1] += qGreen(seen);
-                painted[2] += qBlue(seen);
-                found[0] += fill.red();
-                found[1] += fill.green();
-                found[2] += fill.blue();
+                for (std::size_t c = 0; c < 3; ++c) {
+                    painted[c] += channels(plain.pixelColor(at))[c];
+                    found[c] += channels(sectorFill(*under, nullptr))[c];
+                }
             }
         }
-        for (int c = 0; c < 3; ++c)
+        for (std::size_t c = 0; c < 3; ++c)
             QVERIFY2(std::abs(painted[c] - found[c]) / 81 < 6,
                      qPrintable(QString::number(painted[c] / 81) + u' ' + QString::number(found[c] / 81)));
         // The hub sits on top, 0.85 opaque.
         QCOMPARE(qAlpha(plain.pixel(int(g.centreX), int(g.centreY))), 217);
+    }
+
+    void hitFadesAllButItsBranch()
+    {
+        QTemporaryDir dir;
+        const QByteArray root = makeTree(QFile::encodeName(dir.path()), {{"docs/deep/a", 400 * 1024},
+                                         {"docs/deep/b", 100 * 1024}, {"docs/report", 300 * 1024}, {"movie", 700 * 1024}});
+        const auto tree = scanTree(root);
+        const std::vector<Segment> segments = buildSegments(tree->root(), 800, 600);
+        const ChartGeometry g = chartGeometry(800, 600);
+        const auto segmentOf = [&](const char* path) {
+            const FileNode* node = tree->find(root + '/' + path);
+            return &*std::find_if(segments.begin(), segments.end(), [&](const Segment& s) { return s.node == node; });
+        };
+        QImage plain = blank(800, 600), faded = blank(800, 600);
+        paintSunburst(plain, g, segments, nullptr, Qt::white);
+        paintSunburst(faded, g, segments, segmentOf("docs/deep"), Qt::white);
+        // No hit: nothing fades. On "deep": it and its ancestor stay bright;
+        // its sibling, its own children and the other branch fade.
+        for (const auto& [path, alpha] :
+             {std::pair{"docs", 255}, {"docs/deep", 255}, {"docs/report", 89}, {"docs/deep/a", 89}, {"movie", 89}}) {
+            const QPoint at = middleOf(*segmentOf(path), g);
+            QCOMPARE(qAlpha(plain.pixel(at)), 255);
+            QVERIFY2(std::abs(qAlpha(faded.pixel(at)) - alpha) <= 3, path);
+        }
     }
 
     void chartFollowsThePixelRatio()

@@ -100,17 +100,17 @@ TreeBuilder::Fault TreeBuilder::close(FileNode& folder)
     if (level.size() > FileNode::kSlotMask)
         return Fault::tooManyChildren;
     const auto count = std::uint32_t(level.size());
-    FileNode* slots = nullptr;
+    FileNode* placed = nullptr;
     if (count) {
-        slots = static_cast<FileNode*>(m_state->arena.allocate(count * sizeof(FileNode), alignof(FileNode)));
-        std::memcpy(static_cast<void*>(slots), level.data(), count * sizeof(FileNode));
+        placed = static_cast<FileNode*>(m_state->arena.allocate(count * sizeof(FileNode), alignof(FileNode)));
+        std::memcpy(static_cast<void*>(placed), level.data(), count * sizeof(FileNode));
     }
     qint64 size = 0;
     qint64 files = 0;
     auto& names = m_state->names;
     names.clear();
     for (std::uint32_t i = 0; i < count; ++i) {
-        FileNode& child = slots[i];
+        FileNode& child = placed[i];
         child.m_parent = &folder;
         // The grandchildren were placed when this child closed; point them here.
         for (std::uint32_t g = 0; g < child.slotCount(); ++g)
@@ -127,7 +127,7 @@ TreeBuilder::Fault TreeBuilder::close(FileNode& folder)
         return Fault::duplicateName;
     if (files > qint64(UINT32_MAX))
         return Fault::sizeOverflow;
-    folder.adoptChildren(slots, count);
+    folder.adoptChildren(placed, count);
     folder.m_size = size;
     folder.m_fileCount = std::uint32_t(files);
     folder.sortChildrenBySize();

@@ -167,6 +167,15 @@ private:
     bool checkName(const std::string& name, bool isRoot);
     bool note(TreeBuilder::Fault fault);
     bool skipRestOfArray();
+    // After an object's member: `more` when a ',' brings another, not when '}' ends it.
+    bool moreMembers(bool& more)
+    {
+        const int c = nextSolid();
+        more = c == ',';
+        if (c == ',' || c == '}')
+            return true;
+        return fail(c < 0 ? ReadError::truncated : ReadError::syntax, QStringLiteral("expected ',' or '}'"));
+    }
     bool tick();
 
     Source& m_source;
@@ -497,6 +506,7 @@ bool Parser::readInfo(Info& info)
         ++m_at;
         return true;
     }
+    bool more = true;
     while (true) {
         if (!readString(m_key, kMaxString) || !take(':'))
             return false;
@@ -541,13 +551,10 @@ bool Parser::readInfo(Info& info)
         } else {
             ok = skipValue();
         }
-        if (!ok)
+        if (!ok || !moreMembers(more))
             return false;
-        const int c = nextSolid();
-        if (c == '}')
+        if (!more)
             return true;
-        if (c != ',')
-            return fail(c < 0 ? ReadError::truncated : ReadError::syntax, QStringLiteral("expected ',' or '}'"));
     }
 }
 
@@ -561,6 +568,7 @@ bool Parser::readMetadata(ReadResult& result)
         return true;
     }
     std::string text;
+    bool more = true;
     while (true) {
         if (!readString(m_key, kMaxString) || !take(':'))
             return false;
@@ -578,11 +586,10 @@ bool Parser::readMetadata(ReadResult& result)
         } else if (!skipValue()) {
             return false;
         }
-        const int c = nextSolid();
-        if (c == '}')
+        if (!moreMembers(more))
+            return false;
+        if (!more)
             return true;
-        if (c != ',')
-            return fail(c < 0 ? ReadError::truncated : ReadError::syntax, QStringLiteral("expected ',' or '}'"));
     }
 }
 

@@ -71,21 +71,6 @@ const char* kindWord(scanfile::Change::Kind kind)
     return "";
 }
 
-void writeJsonText(std::FILE* out, const QByteArray& bytes)
-{
-    std::fputc('"', out);
-    for (const char c : QString::fromUtf8(bytes).toUtf8()) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\')
-            std::fprintf(out, "\\%c", c);
-        else if (byte < 0x20)
-            std::fprintf(out, "\\u%04x", unsigned(byte));
-        else
-            std::fputc(c, out);
-    }
-    std::fputc('"', out);
-}
-
 } // namespace
 
 int runOpen(const QByteArrayList& args)
@@ -132,7 +117,7 @@ int runDiff(const QByteArrayList& args)
         for (std::size_t i = 0; i < shown; ++i) {
             const scanfile::Change& change = diff.changes[i];
             std::printf("%s{\"path\":", i ? "," : "");
-            writeJsonText(stdout, change.path);
+            writeJsonString(stdout, QString::fromUtf8(change.path));
             if (QString::fromUtf8(change.path).toUtf8() != change.path)
                 std::printf(",\"pathHex\":\"%s\"", change.path.toHex().constData());
             std::printf(",\"change\":\"%s\",\"before\":%lld,\"after\":%lld,\"delta\":%lld,\"isDirectory\":%s}",

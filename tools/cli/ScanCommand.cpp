@@ -92,6 +92,8 @@ bool isValidUtf8(std::string_view bytes)
     return QString::fromUtf8(raw).toUtf8() == raw;
 }
 
+} // namespace
+
 // The text as UTF-8 as a whole (a letter beyond 16 bits is one sequence,
 // not two halves), then escaped byte by byte.
 void writeJsonString(std::FILE* out, const QString& text)
@@ -108,6 +110,8 @@ void writeJsonString(std::FILE* out, const QString& text)
     }
     std::fputc('"', out);
 }
+
+namespace {
 
 // When the root is a mount point: the volume's used space the walk could not
 // see, and the parts known to be in it.

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <optional>
 
+#include <QString>
+
 namespace tw {
 class ScanTree;
 }
@@ -17,6 +19,9 @@ namespace tw::cli {
 // JSON). A root that is missing or cannot be read is an error. `args` are
 // argv's own bytes. Returns the exit code.
 int runScan(const QByteArrayList& args);
+
+// `text` as a JSON string.
+void writeJsonString(std::FILE* out, const QString& text);
 
 // Prints a finished tree as `scan --json` does. `live` for a tree walked just
 // now on this machine, which alone may say what its volume could not show.

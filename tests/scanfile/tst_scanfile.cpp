@@ -216,6 +216,27 @@ private Q_SLOTS:
         QVERIFY(!scanfile::describe(read).isEmpty());
     }
 
+    // What another writer flagged survives a read and a write: skipped
+    // entries, unreadable folders, links counted once.
+    void flagsSurviveAndLinksCountOnce()
+    {
+        const QByteArray text = "[1,2,{},[{\"name\":\"/r\",\"dev\":7},"
+                                "{\"name\":\"a\",\"asize\":5,\"dsize\":4096,\"ino\":9,\"hlnkc\":true,\"nlink\":2},"
+                                "[{\"name\":\"locked\",\"read_error\":true}],"
+                                "{\"name\":\"mnt\",\"excluded\":\"otherfs\"},"
+                                "[{\"name\":\"s\"},{\"name\":\"b\",\"asize\":5,\"dsize\":4096,\"ino\":9,\"hlnkc\":true}]]]";
+        const scanfile::ReadResult read = scanfile::readScanBytes(text);
+        QVERIFY2(read.tree, qPrintable(scanfile::describe(read)));
+        QCOMPARE(read.tree->root()->size(), 4096);
+        QCOMPARE(read.tree->root()->inaccessibleCount(), 1);
+        const QByteArray again = written(*read.tree);
+        QVERIFY(again.contains("{\"name\":\"mnt\",\"excluded\":\"otherfs\"}"));
+        QVERIFY(again.contains("{\"name\":\"locked\",\"read_error\":true}"));
+        QCOMPARE(again.count("\"dev\":7,\"ino\":9,\"hlnkc\":true"), 2);
+        const scanfile::ReadResult reread = scanfile::readScanBytes(again);
+        QVERIFY(reread.tree && sameEntries(*read.tree->root(), *reread.tree->root()));
+    }
+
     void cancelStopsReading()
     {
         QByteArray many = "[1,2,{},[{\"name\":\"/r\"}";

@@ -321,8 +321,11 @@ bool Parser::readString(std::string& out, std::size_t limit)
             if (cp >= 0xD800 && cp <= 0xDBFF && peek() == '\\') {
                 ++m_at;
                 std::uint32_t low = 0;
-                if (peek() != 'u' || (++m_at, !hex4(low)))
+                if (peek() != 'u')
                     return fail(ReadError::syntax, QStringLiteral("a bad surrogate pair"));
+                ++m_at;
+                if (!hex4(low))
+                    return false;
                 cp = (low >= 0xDC00 && low <= 0xDFFF) ? 0x10000 + ((cp - 0xD800) << 10) + (low - 0xDC00) : 0xFFFD;
             } else if (cp >= 0xD800 && cp <= 0xDFFF) {
                 cp = 0xFFFD;

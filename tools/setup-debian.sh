@@ -14,6 +14,10 @@ packages=(
     qml6-module-qtquick-dialogs qml6-module-qt-labs-folderlistmodel qml6-module-qttest
     qt6-image-formats-plugins libplist-dev
     adwaita-icon-theme fonts-dejavu-core fonts-noto-cjk xvfb xauth dbus-daemon
+    libzstd-dev
+    # Peers whose saved scans the tests open and the benchmarks race; the app
+    # does not need them.
+    ncdu gdu zstd
 )
 
 missing=()

@@ -79,6 +79,8 @@ bool FileNode::hasChildren() const
 
 bool FileNode::removeChild(const FileNode* child)
 {
+    if (!isDirectory())
+        return false;
     FileNode* const first = m_children;
     FileNode* const last = m_children + slotCount();
     if (child < first || child >= last || (child->m_bits & kRemoved))
@@ -153,6 +155,11 @@ std::size_t ScanTree::memoryBytes() const
     for (const Arena& arena : m_arenas->arenas)
         total += arena.reservedBytes();
     return total;
+}
+
+const std::vector<ScanTree::Excluded>& ScanTree::excluded() const
+{
+    return m_arenas->excluded;
 }
 
 qint64 ScanTree::nodeCount() const

@@ -8,11 +8,13 @@
 #include <iterator>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace tw {
 
 class ScanTree;
 class Scanner;
+class TreeBuilder;
 class Walker;
 
 // One file or folder of a scan. Sizes are allocated bytes, already rolled up:
@@ -44,6 +46,25 @@ public:
     [[nodiscard]] qint64 size() const { return m_size; }
     [[nodiscard]] qint64 fileCount() const { return m_fileCount; }
 
+    // What a file with two or more names shares with its other names: saved
+    // scans carry it so that a reader counts the blocks once.
+    struct LinkFacts {
+        std::uint64_t inode = 0;
+        qint64 apparentSize = 0;
+        std::uint32_t device = 0;
+        std::uint32_t linkCount = 0;
+    };
+    // A file's logical length (what saved scans call its apparent size); 0
+    // for a folder.
+    [[nodiscard]] qint64 apparentSize() const
+    {
+        if (isDirectory())
+            return 0;
+        return (m_bits & kLinked) ? m_link->apparentSize : m_apparentSize;
+    }
+    // Null unless this is a file with more than one name.
+    [[nodiscard]] const LinkFacts* linkFacts() const { return (m_bits & kLinked) ? m_link : nullptr; }
+
     // Null on a scan's root.
     [[nodiscard]] FileNode* parent() const { return m_parent; }
     [[nodiscard]] bool isRoot() const { return m_bits & kRoot; }
@@ -73,6 +94,7 @@ private:
     friend class ScanTree;
     friend class Walker;
     friend class Scanner;
+    friend class TreeBuilder;
     FileNode() = default;
 
     enum Bits : std::uint32_t {
@@ -81,7 +103,8 @@ private:
         kInaccessible = 1u << 29,
         kRemoved = 1u << 30,
         kRoot = 1u << 31,
-        kSlotMask = (1u << 27) - 1, // 134 million children a folder
+        kLinked = 1u << 26,          // a file whose m_link is set
+        kSlotMask = (1u << 26) - 1, // 67 million children a folder
     };
 
     [[nodiscard]] std::uint32_t slotCount() const { return m_bits & kSlotMask; }
@@ -92,13 +115,26 @@ private:
     // handles into this level: the walker calls it as it closes a folder.
     void sortChildrenBySize();
     void adoptChildren(FileNode* slots, std::uint32_t count);
+    // A file's length, or (with `link`) its shared facts, which must outlive the node.
+    void setApparentSize(qint64 bytes) { m_apparentSize = bytes; }
+    void setLink(const LinkFacts* link)
+    {
+        m_link = link;
+        m_bits |= kLinked;
+    }
 
     // 40 bytes a node, names apart; the benchmark holds the whole tree to 64
     // bytes an entry. fileCount fits 32 bits: a tree of 2^32 nodes would need
-    // far more memory than any machine has.
+    // far more memory than any machine has. A file has no children, so the
+    // children's place holds its length: saved scans cost a live tree no
+    // byte more, except 24 for each file with several names.
     qint64 m_size = 0;
     FileNode* m_parent = nullptr;
-    FileNode* m_children = nullptr;
+    union {
+        FileNode* m_children = nullptr; // folders
+        qint64 m_apparentSize;          // files
+        const LinkFacts* m_link;        // files with kLinked
+    };
     const unsigned char* m_name = nullptr; // length-prefixed bytes in the arena
     std::uint32_t m_fileCount = 0;
     std::uint32_t m_bits = 0;              // flags above, slot count below
@@ -137,6 +173,8 @@ private:
 
 inline FileNode::ChildRange FileNode::children() const
 {
+    if (!isDirectory())
+        return {nullptr, nullptr};
     return {m_children, m_children + slotCount()};
 }
 
@@ -159,9 +197,21 @@ public:
     // prefix of it. Null when there is none.
     [[nodiscard]] FileNode* find(const QByteArray& target);
 
+    // Entries the walk saw and did not enter, kept by the path of their
+    // folder so that a saved scan can say why they are missing. Few: the
+    // mount points of other volumes and the system's virtual entries.
+    enum class Exclusion : std::uint8_t { otherVolume, systemVirtual, pattern, firmlink };
+    struct Excluded {
+        QByteArray folder;
+        QByteArray name;
+        Exclusion why;
+    };
+    [[nodiscard]] const std::vector<Excluded>& excluded() const;
+
 private:
     friend class Walker;
     friend class Scanner;
+    friend class TreeBuilder;
     struct Arenas;
     explicit ScanTree(const QByteArray& rootPath, bool isDirectory);
 

@@ -48,6 +48,7 @@ inline std::string_view readStoredName(const unsigned char* at)
 struct ScanTree::Arenas {
     std::vector<Arena> arenas;
     qint64 nodeCount = 1;
+    std::vector<ScanTree::Excluded> excluded;
 };
 
 } // namespace tw

@@ -125,6 +125,9 @@ ListedFacts factsOf(const bulk::Entry& entry)
     facts.st_nlink = entry.objectType == bulk::kRegular ? nlink_t(entry.linkCount) : 1;
     // Allocated bytes are whole blocks; st_blocks counts 512-byte units.
     facts.st_blocks = blkcnt_t((std::max<std::int64_t>(entry.allocatedSize, 0) + 511) / 512);
+    // The bulk listing is not asked for the logical length: a saved scan
+    // made from it gives the allocated bytes in its place.
+    facts.st_size = off_t(std::max<std::int64_t>(entry.allocatedSize, 0));
     return out;
 }
 
@@ -262,6 +265,7 @@ public:
     void runTask(const Task& task, const std::string* rootPath = nullptr, bool followRoot = false);
 
     Arena takeArena() { return std::move(m_arena); }
+    std::vector<ScanTree::Excluded> takeExcluded() { return std::move(m_excluded); }
     [[nodiscard]] qint64 nodesMade() const { return m_nodesMade; }
     [[nodiscard]] std::uint64_t headway() const { return m_headway.load(std::memory_order_relaxed); }
 
@@ -334,8 +338,9 @@ private:
     int readRecords(int fd, std::vector<const unsigned char*>& names, std::vector<ListedFacts>& listed);
     // A folder that could not be opened (fd -1) or listed, for `error`.
     void markUnlisted(FileNode& node, int error, int fd);
-    // Whether a listed child is left out of the tree altogether.
-    bool leftOut(const struct stat& facts, std::string_view name, dev_t parentDevice) const;
+    // Whether a listed child is left out of the tree altogether; the
+    // entries a saved scan should name as skipped go to m_excluded.
+    bool leftOut(const struct stat& facts, std::string_view name, dev_t parentDevice);
     FileNode* allocateSlots(std::size_t count);
     // Examines one listed entry. Returns the node made for it in slots[index],
     // with a file already charged, or null when the entry is left out. A
@@ -366,6 +371,7 @@ private:
     std::vector<unsigned char> m_bulkBuffer;
     std::vector<const FileNode*> m_chain;                      // reused to rebuild a handed-out folder's path
     std::vector<Task> m_handing;                               // reused to hand folders out
+    std::vector<ScanTree::Excluded> m_excluded;
     int m_baseDepth = 0;
     Join* m_taskJoin = nullptr;
     qint64 m_nodesMade = 0;
@@ -482,15 +488,22 @@ void Walker::markUnlisted(FileNode& node, int error, int fd)
     }
 }
 
-bool Walker::leftOut(const struct stat& facts, std::string_view name, dev_t parentDevice) const
+bool Walker::leftOut(const struct stat& facts, std::string_view name, dev_t parentDevice)
 {
     // Links are never followed and never shown.
     if (S_ISLNK(facts.st_mode))
         return true;
+    const auto exclude = [&](ScanTree::Exclusion why) {
+        m_excluded.push_back({QByteArray(m_path.data(), qsizetype(m_path.size())),
+                              QByteArray(name.data(), qsizetype(name.size())), why});
+        return true;
+    };
     // Other volumes mounted below the root are not counted.
     if (!m_boundary.contains(m_path, parentDevice, name, facts.st_dev, S_ISDIR(facts.st_mode)))
-        return true;
-    return m_path == "/" && Scanner::isSkippedPath(std::string("/").append(name));
+        return exclude(ScanTree::Exclusion::otherVolume);
+    if (m_path == "/" && Scanner::isSkippedPath(std::string("/").append(name)))
+        return exclude(ScanTree::Exclusion::systemVirtual);
+    return false;
 }
 
 FileNode* Walker::allocateSlots(std::size_t count)
@@ -545,6 +558,15 @@ void Walker::chargeFile(FileNode& node, const struct stat* facts)
     const qint64 size = facts ? m_scanner.m_allocation.allocatedSize(*facts) : 0;
     node.m_size = size;
     node.m_fileCount = 1;
+    const qint64 length = facts && S_ISREG(facts->st_mode) ? std::max<qint64>(facts->st_size, 0) : 0;
+    if (facts && S_ISREG(facts->st_mode) && facts->st_nlink > 1) {
+        auto* link = new (m_arena.allocate(sizeof(FileNode::LinkFacts), alignof(FileNode::LinkFacts)))
+            FileNode::LinkFacts{std::uint64_t(facts->st_ino), length,
+                                FileAllocationTracker::identityOf(*facts).device, std::uint32_t(facts->st_nlink)};
+        node.setLink(link);
+    } else {
+        node.setApparentSize(length);
+    }
     noteHeadway();
     m_pendingBytes += size;
     if (++m_pendingFiles == kCounterBatch)
@@ -966,9 +988,12 @@ std::shared_ptr<ScanTree> Scanner::scan(const QByteArray& givenPath)
     m_headway = {};
 
     qint64 nodes = 1;
+    auto& excluded = tree->m_arenas->excluded;
     for (auto& walker : walkers) {
         tree->m_arenas->arenas.push_back(walker->takeArena());
         nodes += walker->nodesMade();
+        for (ScanTree::Excluded& entry : walker->takeExcluded())
+            excluded.push_back(std::move(entry));
     }
     tree->m_arenas->nodeCount = nodes;
     return tree;

@@ -2,6 +2,7 @@
 
 #include "AppsCommand.h"
 #include "FeedCommand.h"
+#include "SavedScanCommands.h"
 #include "ScanCommand.h"
 #include "TrashCommand.h"
 #include "UninstallCommand.h"
@@ -27,6 +28,15 @@ constexpr Option kScanOptions[] = {
     {"--depth", "N", "print the tree N levels deep (default 2; JSON: all)"},
     {"--json", nullptr, "print the tree as JSON"},
     {"--quiet", nullptr, "no progress line (it shows only on a terminal)"},
+    {"--export", "FILE", "also save the scan to FILE (- for standard output, then nothing else)"},
+};
+constexpr Option kOpenOptions[] = {
+    {"--json", nullptr, "print the tree as JSON, as scan --json does"},
+    {"--depth", "N", "print the tree N levels deep (JSON: all)"},
+};
+constexpr Option kDiffOptions[] = {
+    {"--top", "N", "only the N largest changes"},
+    {"--json", nullptr, "print the changes as JSON"},
 };
 constexpr Option kTrashOptions[] = {
     {"--json", nullptr, "print the outcome as JSON"},
@@ -56,6 +66,9 @@ constexpr Command kCommands[] = {
     {"uninstall", "BUNDLE", "move the application and its chosen leftovers to the Trash", kUninstallOptions,
      runUninstall},
     {"feed", "", "the current sponsored item, or why there is none", kFeedOptions, runFeedBytes},
+    {"open", "FILE", "read a saved scan (Tidewick's or ncdu's format, plain or zstd) and print it", kOpenOptions,
+     runOpen},
+    {"diff", "OLD NEW", "what changed between two saved scans of one folder, largest first", kDiffOptions, runDiff},
 };
 
 QByteArray synopsis(const Command& command)

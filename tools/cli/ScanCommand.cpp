@@ -6,6 +6,7 @@
 #include "platform/ProcessRunner.h"
 #include "platform/VolumeFacts.h"
 #include "scan/Scanner.h"
+#include "scanfile/ScanFileWriter.h"
 
 #include <QFile>
 
@@ -28,6 +29,7 @@ struct ScanArgs {
     std::optional<int> depth;
     bool json = false;
     bool quiet = false;
+    std::optional<QByteArray> exportTo;
 };
 
 // The arguments, or what is wrong with them in `error`.
@@ -55,6 +57,13 @@ std::optional<ScanArgs> parse(const QByteArrayList& args, QByteArray& error)
             out.json = true;
         else if (a == "--quiet")
             out.quiet = true;
+        else if (a == "--export") {
+            if (i + 1 >= args.size() || args[i + 1].isEmpty()) {
+                error = "--export needs a FILE (- for standard output)";
+                return std::nullopt;
+            }
+            out.exportTo = args[++i];
+        }
         else if (a == "--workers") {
             if (!number(out.workers) || *out.workers < 1) {
                 error = "--workers needs a whole number from 1";
@@ -83,6 +92,8 @@ bool isValidUtf8(std::string_view bytes)
     return QString::fromUtf8(raw).toUtf8() == raw;
 }
 
+} // namespace
+
 // The text as UTF-8 as a whole (a letter beyond 16 bits is one sequence,
 // not two halves), then escaped byte by byte.
 void writeJsonString(std::FILE* out, const QString& text)
@@ -99,6 +110,8 @@ void writeJsonString(std::FILE* out, const QString& text)
     }
     std::fputc('"', out);
 }
+
+namespace {
 
 // When the root is a mount point: the volume's used space the walk could not
 // see, and the parts known to be in it.
@@ -118,7 +131,7 @@ void writeUnseen(std::FILE* out, const FileNode& root)
     std::fprintf(out, ",\"otherBytes\":%lld}", static_cast<long long>(unseen.otherBytes()));
 }
 
-void writeJson(std::FILE* out, const FileNode& node, int depth, std::optional<int> maxDepth)
+void writeJson(std::FILE* out, const FileNode& node, int depth, std::optional<int> maxDepth, bool live)
 {
     std::fputs("{\"name\":", out);
     writeJsonString(out, node.displayName());
@@ -139,11 +152,11 @@ void writeJson(std::FILE* out, const FileNode& node, int depth, std::optional<in
             if (!first)
                 std::fputc(',', out);
             first = false;
-            writeJson(out, child, depth + 1, maxDepth);
+            writeJson(out, child, depth + 1, maxDepth, live);
         }
     }
     std::fputc(']', out);
-    if (node.isRoot())
+    if (node.isRoot() && live)
         writeUnseen(out, node);
     std::fputc('}', out);
 }
@@ -160,6 +173,17 @@ void writeText(std::FILE* out, const FileNode& node, int depth, int maxDepth)
 }
 
 } // namespace
+
+void printTreeJson(std::FILE* out, const ScanTree& tree, int workers, std::optional<int> depth, bool live)
+{
+    const FileNode& root = *tree.root();
+    std::fprintf(out, "{\"path\":");
+    writeJsonString(out, root.displayPath());
+    std::fprintf(out, ",\"workers\":%d,\"nodes\":%lld,\"inaccessibleCount\":%lld,\"root\":", workers,
+                 static_cast<long long>(tree.nodeCount()), static_cast<long long>(root.inaccessibleCount()));
+    writeJson(out, root, 0, depth, live);
+    std::fputs("}\n", out);
+}
 
 int runScan(const QByteArrayList& args)
 {
@@ -202,14 +226,25 @@ int runScan(const QByteArrayList& args)
         return 1;
     }
     std::FILE* out = stdout;
+    if (parsed->exportTo) {
+        scanfile::WriteOptions options;
+        options.progver = QStringLiteral(TIDEWICK_VERSION);
+        options.timestamp = std::chrono::duration_cast<std::chrono::seconds>(
+                                std::chrono::system_clock::now().time_since_epoch())
+                                .count();
+        QString why;
+        const QString target = QFile::decodeName(*parsed->exportTo);
+        if (scanfile::writeScanFile(*tree, target, options, &why) != scanfile::WriteOutcome::written) {
+            std::fprintf(stderr, "tidewick-cli: cannot write %s: %s\n", parsed->exportTo->constData(),
+                         why.toLocal8Bit().constData());
+            return 1;
+        }
+        // The file went to standard output: nothing else may follow it there.
+        if (*parsed->exportTo == "-")
+            return 0;
+    }
     if (parsed->json) {
-        std::fprintf(out, "{\"path\":");
-        writeJsonString(out, root.displayPath());
-        std::fprintf(out, ",\"workers\":%d,\"nodes\":%lld,\"inaccessibleCount\":%lld,\"root\":",
-                     scanner.workersUsed(), static_cast<long long>(tree->nodeCount()),
-                     static_cast<long long>(root.inaccessibleCount()));
-        writeJson(out, root, 0, parsed->depth);
-        std::fputs("}\n", out);
+        printTreeJson(out, *tree, scanner.workersUsed(), parsed->depth, true);
         return 0;
     }
     const auto nodes = tree->nodeCount();

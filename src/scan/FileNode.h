@@ -13,6 +13,7 @@ namespace tw {
 
 class ScanTree;
 class Scanner;
+class TreeGate;
 class Walker;
 
 // One file or folder of a scan. Sizes are allocated bytes, already rolled up:
@@ -158,6 +159,9 @@ public:
     // Finds the node at `target` by following only the branch whose path is a
     // prefix of it. Null when there is none.
     [[nodiscard]] FileNode* find(const QByteArray& target);
+
+    // Keeps workers that read the finished tree apart from edits to it.
+    [[nodiscard]] TreeGate& gate() const;
 
 private:
     friend class Walker;

@@ -4,6 +4,7 @@
 
 #include "scan/Arena.h"
 #include "scan/FileNode.h"
+#include "scan/TreeGate.h"
 
 #include <cstring>
 #include <string_view>
@@ -48,6 +49,7 @@ inline std::string_view readStoredName(const unsigned char* at)
 struct ScanTree::Arenas {
     std::vector<Arena> arenas;
     qint64 nodeCount = 1;
+    TreeGate gate;
 };
 
 } // namespace tw

@@ -27,6 +27,7 @@ constexpr Option kScanOptions[] = {
     {"--depth", "N", "print the tree N levels deep (default 2; JSON: all)"},
     {"--json", nullptr, "print the tree as JSON"},
     {"--quiet", nullptr, "no progress line (it shows only on a terminal)"},
+    {"--find", "PATTERN", "print the items whose names match, largest first (* and ? as wildcards)"},
 };
 constexpr Option kTrashOptions[] = {
     {"--json", nullptr, "print the outcome as JSON"},

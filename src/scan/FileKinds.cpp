@@ -109,7 +109,7 @@ constexpr KindEntry kTable[] = {
     {R::folderName, "gpucache", K::caches}, {R::folderName, "deriveddata", K::caches},
     {R::folderName, "__pycache__", K::caches}, {R::folderName, ".npm", K::caches},
     {R::folderName, "logs", K::caches}, {R::folderName, "log", K::caches},
-    {R::folderName, "diagnosticreports", K::caches}, {R::topFolder, "tmp", K::caches},
+    {R::folderName, "diagnosticreports", K::caches},
     // System
     {R::extension, "plist", K::system}, {R::extension, "kext", K::system}, {R::extension, "ko", K::system},
     {R::extension, "efi", K::system}, {R::extension, "sys", K::system},

@@ -4,12 +4,14 @@
 #include <QImage>
 #include <QPointF>
 #include <QPointer>
+#include <QVariantList>
 #include <QQuickPaintedItem>
 #include <optional>
 
 namespace tw {
 
 class AppState;
+class ChartEmphasis;
 struct Segment;
 
 // The chart: lays out AppState's focus, paints it and hit-tests it on every
@@ -30,6 +32,10 @@ class SunburstView : public QQuickPaintedItem {
     // While true (a context menu is open), the hover and the fading stay on
     // the menu's subject whatever the pointer does.
     Q_PROPERTY(bool holdsHover READ holdsHover WRITE setHoldsHover NOTIFY holdsHoverChanged)
+    // Colouring by kind and the fading around a chosen kind or item; with
+    // `kindColours`, one colour a FileKind, in its order.
+    Q_PROPERTY(tw::ChartEmphasis* emphasis READ emphasis WRITE setEmphasis NOTIFY emphasisChanged)
+    Q_PROPERTY(QVariantList kindColours READ kindColours WRITE setKindColours NOTIFY emphasisChanged)
 
 public:
     explicit SunburstView(QQuickItem* parent = nullptr);
@@ -43,6 +49,10 @@ public:
     [[nodiscard]] double hubRadius() const;
     [[nodiscard]] bool holdsHover() const { return m_holdsHover; }
     void setHoldsHover(bool holds);
+    [[nodiscard]] ChartEmphasis* emphasis() const { return m_emphasis; }
+    void setEmphasis(ChartEmphasis* emphasis);
+    [[nodiscard]] QVariantList kindColours() const;
+    void setKindColours(const QVariantList& colours);
     // Whether the sector drawn for AppState's hovered node reaches into
     // `rect` (item coordinates): the tooltip goes where it covers nothing.
     Q_INVOKABLE bool hoveredSectorMeets(const QRectF& rect) const;
@@ -55,6 +65,7 @@ Q_SIGNALS:
     void darkChanged();
     void hubRadiusChanged();
     void holdsHoverChanged();
+    void emphasisChanged();
     // A secondary click at (x, y) in the item; the menu's subject is the hover.
     void contextMenuRequested(double x, double y);
 
@@ -76,6 +87,8 @@ private:
     bool m_holdsHover = false;
     bool m_dark = false;
     QImage m_canvas; // kept between frames to spare the allocation
+    QPointer<ChartEmphasis> m_emphasis;
+    QList<QColor> m_kindColours;
 };
 
 } // namespace tw

@@ -25,8 +25,7 @@ const FileNode* nodeAt(const FileNode& root, const QByteArray& relative)
 
 class KindsTest : public QObject {
     Q_OBJECT
-    // Beside the test, not under /tmp, whose own rule (caches) would win.
-    QTemporaryDir m_dir{QDir::currentPath() + QStringLiteral("/kinds-XXXXXX")};
+    QTemporaryDir m_dir;
     std::shared_ptr<ScanTree> m_tree;
 
 private Q_SLOTS:

@@ -131,36 +131,35 @@ std::string lowered(std::string_view text)
     return out;
 }
 
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+};
+
+// One hash map a rule: a file costs a hash of its extension and of its
+// name, whatever the size of the table.
 struct Lookup {
-    // Sorted by (rule, text) for a binary search.
-    std::vector<std::pair<std::pair<R, std::string>, K>> entries;
+    std::array<std::unordered_map<std::string, K, TextHash, std::equal_to<>>, 5> maps;
     Lookup()
     {
         for (const KindEntry& entry : kTable)
-            entries.push_back({{entry.rule, lowered(entry.text)}, entry.kind});
-        std::sort(entries.begin(), entries.end());
-        for (std::size_t i = 1; i < entries.size(); ++i)
-            if (entries[i - 1].first == entries[i].first)
-                qFatal("the kind table names \"%s\" twice", entries[i].first.second.c_str());
+            if (!maps[std::size_t(entry.rule)].emplace(lowered(entry.text), entry.kind).second)
+                qFatal("the kind table names \"%s\" twice", lowered(entry.text).c_str());
     }
     [[nodiscard]] std::optional<K> find(R rule, std::string_view text) const
     {
         // Longer than any entry: no need to lower it.
-        if (text.empty() || text.size() > 24)
+        constexpr std::size_t kLongest = 24;
+        if (text.empty() || text.size() > kLongest)
             return std::nullopt;
-        char buffer[24];
+        char buffer[kLongest];
         for (std::size_t i = 0; i < text.size(); ++i) {
             const char c = text[i];
             buffer[i] = c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
         }
-        const std::string_view key(buffer, text.size());
-        const auto at = std::lower_bound(entries.begin(), entries.end(), std::pair(rule, key),
-                                         [](const auto& entry, const std::pair<R, std::string_view>& wanted) {
-                                             return entry.first.first != wanted.first
-                                                        ? entry.first.first < wanted.first
-                                                        : std::string_view(entry.first.second) < wanted.second;
-                                         });
-        if (at == entries.end() || at->first.first != rule || at->first.second != key)
+        const auto& map = maps[std::size_t(rule)];
+        const auto at = map.find(std::string_view(buffer, text.size()));
+        if (at == map.end())
             return std::nullopt;
         return at->second;
     }

@@ -3,7 +3,9 @@
 #include "scan/FileNode.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
+#include <string.h>
 
 namespace tw {
 
@@ -96,6 +98,7 @@ std::unique_ptr<NameIndex> NameIndex::build(const FileNode& root, const std::fun
     auto index = std::make_unique<NameIndex>();
     const auto expected = std::size_t(std::max<qint64>(root.fileCount(), 0));
     index->m_nodes.reserve(expected);
+    index->m_sizes.reserve(expected);
     index->m_starts.reserve(expected + 1);
     std::vector<const FileNode*> pending{&root};
     std::size_t visited = 0;
@@ -110,6 +113,7 @@ std::unique_ptr<NameIndex> NameIndex::build(const FileNode& root, const std::fun
             if (index->m_names.size() > std::numeric_limits<std::uint32_t>::max() - 4096)
                 break;
             index->m_nodes.push_back(&child);
+            index->m_sizes.push_back(child.size());
             index->m_starts.push_back(std::uint32_t(index->m_names.size()));
             index->m_names += foldName(child.name());
             index->m_names += '\0';
@@ -119,6 +123,7 @@ std::unique_ptr<NameIndex> NameIndex::build(const FileNode& root, const std::fun
     }
     index->m_starts.push_back(std::uint32_t(index->m_names.size()));
     index->m_nodes.shrink_to_fit();
+    index->m_sizes.shrink_to_fit();
     index->m_starts.shrink_to_fit();
     index->m_names.shrink_to_fit();
     return index;
@@ -138,7 +143,10 @@ std::optional<NameIndex::Found> NameIndex::find(const NamePattern& pattern, std:
     std::vector<Candidate> heap;
     const auto take = [&](std::size_t entry) {
         ++found.total;
-        const Candidate candidate{m_nodes[entry]->size(), entry};
+        const Candidate candidate{m_sizes[entry], entry};
+        // Most matches of a short query are small: one comparison turns them away.
+        if (heap.size() == limit && candidate.first < heap.front().first)
+            return;
         if (heap.size() < limit) {
             heap.push_back(candidate);
             std::push_heap(heap.begin(), heap.end(), before);
@@ -153,7 +161,9 @@ std::optional<NameIndex::Found> NameIndex::find(const NamePattern& pattern, std:
         return names.substr(m_starts[entry], m_starts[entry + 1] - m_starts[entry] - 1);
     };
     std::size_t checks = 0;
-    if (pattern.m_anchor.empty()) {
+    // A literal part of two bytes or more is found by one pass of memmem
+    // over all the names; a shorter one would stop at nearly every name.
+    if (pattern.m_anchor.size() < 2 && pattern.m_wild) {
         for (std::size_t entry = 0; entry < m_nodes.size(); ++entry) {
             if (stop && (++checks & 0xfff) == 0 && stop())
                 return std::nullopt;
@@ -161,14 +171,16 @@ std::optional<NameIndex::Found> NameIndex::find(const NamePattern& pattern, std:
                 take(entry);
         }
     } else {
-        // One pass over all the names for the literal part; names end in a
-        // NUL, which nothing typed holds, so a hit never spans two.
+        // Names end in a NUL, which nothing typed holds, so a hit never spans two.
+        const std::string& needle = pattern.m_anchor;
+        const char* const base = m_names.data();
         std::size_t entry = 0;
         std::size_t from = 0;
-        while (true) {
-            const std::size_t hit = names.find(pattern.m_anchor, from);
-            if (hit == std::string_view::npos)
+        while (from < m_names.size()) {
+            const void* at = ::memmem(base + from, m_names.size() - from, needle.data(), needle.size());
+            if (!at)
                 break;
+            const auto hit = std::size_t(static_cast<const char*>(at) - base);
             while (m_starts[entry + 1] <= hit)
                 ++entry;
             if (stop && (++checks & 0x3ff) == 0 && stop())
@@ -187,7 +199,7 @@ std::optional<NameIndex::Found> NameIndex::find(const NamePattern& pattern, std:
 
 std::size_t NameIndex::memoryBytes() const
 {
-    return sizeof(*this) + m_nodes.capacity() * sizeof(FileNode*) +
+    return sizeof(*this) + m_nodes.capacity() * sizeof(FileNode*) + m_sizes.capacity() * sizeof(qint64) +
            m_starts.capacity() * sizeof(std::uint32_t) + m_names.capacity();
 }
 

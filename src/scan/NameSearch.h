@@ -43,9 +43,10 @@ private:
     std::string m_anchor; // the longest run without wildcards: every match holds it
 };
 
-// Every node of a tree below its root, with its folded name. Built on a
-// worker; read by any number of searches after that. Holds node addresses:
-// its owner keeps the tree alive and rebuilds it after the tree changes.
+// Every node of a tree below its root, with its folded name and size. Built
+// on a worker; read by any number of searches after that. Holds node
+// addresses: its owner keeps the tree alive and builds it again after the
+// tree changes.
 class NameIndex {
 public:
     // Null when `stop` said so; asked every few thousand nodes.
@@ -56,8 +57,7 @@ public:
         std::vector<FileNode*> largest; // at most the limit, largest first, ties in tree order
         qint64 total = 0;               // every match
     };
-    // Reads the nodes' sizes: the caller keeps the tree from being edited
-    // meanwhile. Empty when `stop` said so.
+    // Empty when `stop` said so.
     [[nodiscard]] std::optional<Found> find(const NamePattern& pattern, std::size_t limit,
                                             const std::function<bool()>& stop = {}) const;
 
@@ -66,6 +66,8 @@ public:
 
 private:
     std::vector<FileNode*> m_nodes;
+    // The sizes as built: ranking reads them here, not from nodes all over memory.
+    std::vector<qint64> m_sizes;
     std::vector<std::uint32_t> m_starts; // one past the last entry, too
     std::string m_names;                 // the folded names, each ended by a NUL
 };

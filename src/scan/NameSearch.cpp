@@ -77,6 +77,16 @@ NamePattern::NamePattern(const QString& typed) : m_folded(foldText(typed))
         m_anchor = m_folded;
         return;
     }
+    const auto firstWild = m_folded.find_first_of("*?");
+    const auto lastWild = m_folded.find_last_of("*?");
+    if (m_folded.find_first_not_of('*') == std::string::npos)
+        m_shape = Shape::everything;
+    else if (firstWild == 0 && lastWild == 0 && m_folded[0] == '*')
+        m_shape = Shape::endsWith;
+    else if (firstWild == m_folded.size() - 1 && m_folded.back() == '*')
+        m_shape = Shape::startsWith;
+    else
+        m_shape = Shape::general;
     std::size_t at = 0;
     while (at < m_folded.size()) {
         const std::size_t end = std::min(m_folded.find_first_of("*?", at), m_folded.size());
@@ -88,8 +98,19 @@ NamePattern::NamePattern(const QString& typed) : m_folded(foldText(typed))
 
 bool NamePattern::matches(std::string_view folded) const
 {
-    if (!m_wild)
+    switch (m_shape) {
+    case Shape::anywhere:
         return folded.find(m_folded) != std::string_view::npos;
+    case Shape::everything:
+        return true;
+    case Shape::endsWith: // "*.iso": the commonest pattern, without the general matcher
+        return folded.size() >= m_anchor.size() &&
+               folded.compare(folded.size() - m_anchor.size(), m_anchor.size(), m_anchor) == 0;
+    case Shape::startsWith:
+        return folded.substr(0, m_anchor.size()) == m_anchor;
+    case Shape::general:
+        break;
+    }
     return wildcardMatch(m_folded, folded);
 }
 
@@ -163,7 +184,7 @@ std::optional<NameIndex::Found> NameIndex::find(const NamePattern& pattern, std:
     std::size_t checks = 0;
     // A literal part of two bytes or more is found by one pass of memmem
     // over all the names; a shorter one would stop at nearly every name.
-    if (pattern.m_anchor.size() < 2 && pattern.m_wild) {
+    if ((pattern.m_anchor.size() < 2 || pattern.m_shape != NamePattern::Shape::general) && pattern.m_wild) {
         for (std::size_t entry = 0; entry < m_nodes.size(); ++entry) {
             if (stop && (++checks & 0xfff) == 0 && stop())
                 return std::nullopt;

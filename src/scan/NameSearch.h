@@ -40,6 +40,8 @@ private:
     friend class NameIndex;
     std::string m_folded;
     bool m_wild = false;
+    enum class Shape { anywhere, everything, endsWith, startsWith, general };
+    Shape m_shape = Shape::anywhere;
     std::string m_anchor; // the longest run without wildcards: every match holds it
 };
 

@@ -39,6 +39,10 @@ private Q_SLOTS:
         QTest::newRow("question: not a byte") << QByteArray("日本語.txt") << "?????????.txt" << false;
         QTest::newRow("stars around") << QByteArray("abcabd") << "*b?*d" << true;
         QTest::newRow("star backtracks") << QByteArray("aXbXc") << "a*X*c" << true;
+        QTest::newRow("star: the empty run") << QByteArray(".iso") << "*.ISO" << true;
+        QTest::newRow("star at the end") << QByteArray("IMG_1.jpg") << "img*" << true;
+        QTest::newRow("star at the end: a prefix") << QByteArray("my img") << "img*" << false;
+        QTest::newRow("only stars") << QByteArray("x") << "**" << true;
         QTest::newRow("star, no match") << QByteArray("abc") << "*x*" << false;
     }
     void matching()

@@ -4,6 +4,7 @@
 
 #include "analytics/Analytics.h"
 #include "removal/Recycle.h"
+#include "scan/TreeGate.h"
 
 #include <QMetaObject>
 #include <QPointer>
@@ -82,8 +83,11 @@ void AppState::itemDeleted(const NodeRef& node, qint64 size, bool isDirectory)
     }
     if (node.get() == m_focus.get() && parent)
         setFocus(node.sibling(parent));
-    if (parent)
+    if (parent) {
+        // Workers reading this tree (kinds, name search) step aside first.
+        const TreeGate::Editing editing = node.tree()->gate().edit();
         parent->removeChild(node.get());
+    }
     // Sizes changed in place; re-announcing the root redraws the chart and panels.
     Q_EMIT rootChanged();
 }

@@ -42,6 +42,13 @@ bool NodeActions::takeRow(LargestChildrenModel* rows, int row)
     return hasSubject();
 }
 
+bool NodeActions::takeNode(NodeRef node)
+{
+    m_subjectRow = -1;
+    setSubject(std::move(node));
+    return hasSubject();
+}
+
 void NodeActions::reveal()
 {
     if (m_state && m_subject)

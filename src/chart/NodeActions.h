@@ -39,6 +39,8 @@ public:
     Q_INVOKABLE bool takeHovered();
     // A row's menu needs no hover: the row is the subject.
     Q_INVOKABLE bool takeRow(tw::LargestChildrenModel* rows, int row);
+    // A row of another list (a search result, a kind's largest file).
+    bool takeNode(NodeRef node);
 
     Q_INVOKABLE void reveal();
     Q_INVOKABLE void open();

@@ -19,7 +19,7 @@ struct Entry {
     const char* text; // UTF-8; only "%@" and "%d" as placeholders
 };
 
-inline constexpr std::size_t kKeyCount = 135;
+inline constexpr std::size_t kKeyCount = 157;
 using Table = std::array<Entry, kKeyCount>;
 
 // The few texts that name the Mac or the Finder, in the words of a

@@ -149,6 +149,11 @@ ScanTree::ScanTree(const QByteArray& rootPath, bool isDirectory) : m_arenas(std:
 
 ScanTree::~ScanTree() = default;
 
+TreeGate& ScanTree::gate() const
+{
+    return m_arenas->gate;
+}
+
 std::size_t ScanTree::memoryBytes() const
 {
     std::size_t total = sizeof(ScanTree) + sizeof(Arenas);

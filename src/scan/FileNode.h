@@ -15,6 +15,7 @@ namespace tw {
 class ScanTree;
 class Scanner;
 class TreeBuilder;
+class TreeGate;
 class Walker;
 
 // One file or folder of a scan. Sizes are allocated bytes, already rolled up:
@@ -207,6 +208,8 @@ public:
         Exclusion why;
     };
     [[nodiscard]] const std::vector<Excluded>& excluded() const;
+    // Keeps workers that read the finished tree apart from edits to it.
+    [[nodiscard]] TreeGate& gate() const;
 
 private:
     friend class Walker;

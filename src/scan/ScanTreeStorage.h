@@ -4,6 +4,7 @@
 
 #include "scan/Arena.h"
 #include "scan/FileNode.h"
+#include "scan/TreeGate.h"
 
 #include <cstring>
 #include <string_view>
@@ -49,6 +50,7 @@ struct ScanTree::Arenas {
     std::vector<Arena> arenas;
     qint64 nodeCount = 1;
     std::vector<ScanTree::Excluded> excluded;
+    TreeGate gate;
 };
 
 } // namespace tw

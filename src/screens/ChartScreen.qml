@@ -16,6 +16,30 @@ ColumnLayout {
         id: model
         state: chartScreen.appState
     }
+    ChartEmphasis {
+        id: chartEmphasis
+        state: chartScreen.appState
+    }
+    KindsModel {
+        id: kindsModel
+        state: chartScreen.appState
+        active: sideTabs.currentIndex === 1 || chartEmphasis.colourByKind
+        emphasis: chartEmphasis
+    }
+    SearchModel {
+        id: searchModel
+        state: chartScreen.appState
+        emphasis: chartEmphasis
+    }
+    // ⌘F (Ctrl+F elsewhere): only on this screen and with no dialog up.
+    GuardedShortcut {
+        control: chartScreen
+        sequences: [StandardKey.Find]
+        onActivated: {
+            searchPanel.visible = true;
+            searchPanel.begin();
+        }
+    }
 
     RowLayout {
         objectName: "toolbar"
@@ -168,6 +192,67 @@ ColumnLayout {
                 anchors.margins: 12
                 appState: chartScreen.appState
                 screen: model
+                emphasis: chartEmphasis
+            }
+
+            // What the colours mean while the chart is coloured by kind.
+            Rectangle {
+                objectName: "kindLegend"
+                anchors.left: parent.left
+                anchors.bottom: parent.bottom
+                anchors.margins: 16
+                visible: chartEmphasis.colourByKind && legendRepeater.count > 0
+                width: legendColumn.implicitWidth + 16
+                height: legendColumn.implicitHeight + 12
+                radius: 8
+                color: Style.ultraThinMaterial
+                border.color: Style.menuEdge
+                border.width: 0.5
+                Accessible.role: Accessible.StaticText
+                Accessible.name: Loc.strings["kinds.legend"]
+                Column {
+                    id: legendColumn
+                    x: 8
+                    y: 6
+                    spacing: 3
+                    Repeater {
+                        id: legendRepeater
+                        model: kindsModel
+                        Row {
+                            required property int kind
+                            required property string key
+                            spacing: 6
+                            Rectangle {
+                                anchors.verticalCenter: parent.verticalCenter
+                                width: 10
+                                height: 10
+                                radius: 2
+                                color: Style.kindColours[parent.kind]
+                            }
+                            Text {
+                                text: Loc.strings[parent.key]
+                                font.pixelSize: 10
+                                color: Style.primary
+                            }
+                        }
+                    }
+                }
+            }
+
+            SearchPanel {
+                id: searchPanel
+                objectName: "searchPanel"
+                visible: false
+                anchors.top: parent.top
+                anchors.right: parent.right
+                anchors.margins: 12
+                width: Math.min(460, parent.width - 24)
+                search: searchModel
+                onCloseRequested: {
+                    visible = false;
+                    searchModel.query = "";
+                    chartEmphasis.clearHighlight();
+                }
             }
 
             // In the first corner where it covers no part of the hovered
@@ -208,14 +293,70 @@ ColumnLayout {
             }
         }
 
-        DetailsPanel {
-            objectName: "detailsPanel"
+        // "Largest" and "Kinds", one at a time.
+        ColumnLayout {
             Layout.preferredWidth: 280
+            Layout.maximumWidth: 280
             Layout.fillHeight: true
             Layout.rightMargin: 14
             Layout.topMargin: 14
             Layout.bottomMargin: 14
-            appState: chartScreen.appState
+            spacing: 8
+
+            TabBar {
+                id: sideTabs
+                objectName: "sideTabs"
+                Layout.fillWidth: true
+                Accessible.name: Loc.strings["details.largest"] + ", " + Loc.strings["details.kinds"]
+                background: Rectangle {
+                    radius: 8
+                    color: Style.tint(Style.primary, 0.06)
+                }
+                Repeater {
+                    model: ["details.largest", "details.kinds"]
+                    TabButton {
+                        id: tab
+                        required property string modelData
+                        objectName: "tab-" + modelData
+                        text: Loc.strings[modelData]
+                        font.pixelSize: 12
+                        font.weight: checked ? Font.DemiBold : Font.Normal
+                        Accessible.name: text
+                        contentItem: Text {
+                            text: tab.text
+                            font: tab.font
+                            color: tab.checked ? Style.primary : Style.secondary
+                            horizontalAlignment: Text.AlignHCenter
+                            verticalAlignment: Text.AlignVCenter
+                            elide: Text.ElideRight
+                        }
+                        background: Rectangle {
+                            radius: 7
+                            color: tab.checked ? Style.controlBackground : "transparent"
+                            FocusRing {
+                                control: tab
+                                cornerRadius: 7
+                            }
+                        }
+                    }
+                }
+            }
+            DetailsPanel {
+                objectName: "detailsPanel"
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                visible: sideTabs.currentIndex === 0
+                showsHeader: false
+                appState: chartScreen.appState
+            }
+            KindsPanel {
+                objectName: "kindsPanel"
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                visible: sideTabs.currentIndex === 1
+                kinds: kindsModel
+                emphasis: chartEmphasis
+            }
         }
     }
 }

@@ -8,6 +8,8 @@ import Tidewick
 Rectangle {
     id: panel
     required property AppState appState
+    // Off where tabs above the panel name it.
+    property bool showsHeader: true
 
     implicitWidth: 280
     radius: 14
@@ -44,6 +46,7 @@ Rectangle {
         spacing: 0
 
         Text {
+            visible: panel.showsHeader
             text: Loc.strings["details.largest"]
             font.pixelSize: 12
             font.weight: Font.DemiBold
@@ -57,6 +60,7 @@ Rectangle {
             Layout.fillWidth: true
             implicitHeight: 1
             color: Style.divider
+            visible: panel.showsHeader
         }
         ListView {
             id: list

@@ -6,6 +6,9 @@
 #include "app/AppState.h"
 #include "app/UnseenSpace.h"
 #include "chart/ChartCompanions.h"
+#include "chart/ChartEmphasis.h"
+#include "chart/KindsModel.h"
+#include "chart/SearchModel.h"
 #include "chart/ChartScreenModel.h"
 #include "chart/NodeActions.h"
 #include "screens/ScreensModel.h"
@@ -41,6 +44,24 @@ struct NodeActionsForeign {
     Q_GADGET
     QML_FOREIGN(tw::NodeActions)
     QML_NAMED_ELEMENT(NodeActions)
+};
+
+struct ChartEmphasisForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::ChartEmphasis)
+    QML_NAMED_ELEMENT(ChartEmphasis)
+};
+
+struct KindsModelForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::KindsModel)
+    QML_NAMED_ELEMENT(KindsModel)
+};
+
+struct SearchModelForeign {
+    Q_GADGET
+    QML_FOREIGN(tw::SearchModel)
+    QML_NAMED_ELEMENT(SearchModel)
 };
 
 struct ScreensModelForeign {

@@ -39,6 +39,13 @@ QtObject {
     // The keyboard's focus ring.
     readonly property color focusRing: tint(accent, 0.5)
     readonly property string monospace: "DejaVu Sans Mono"
+    // One colour a kind of file, in the order of FileKind: video, audio,
+    // pictures, documents, archives, code, applications, caches, system,
+    // other (the system's purple, pink, orange, blue, brown, green, indigo,
+    // yellow, teal and grey).
+    readonly property var kindColours: dark
+        ? ["#bf5af2", "#ff375f", "#ff9f0a", "#0a84ff", "#ac8e68", "#30d158", "#5e5ce6", "#ffd60a", "#40c8e0", "#98989d"]
+        : ["#af52de", "#ff2d55", "#ff9500", "#007aff", "#a2845e", "#34c759", "#5856d6", "#ffcc00", "#30b0c7", "#8e8e93"]
 
     // A named colour at a given opacity, as the screens describe "the
     // secondary colour at opacity 0.08".

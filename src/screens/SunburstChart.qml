@@ -7,6 +7,8 @@ Item {
     required property AppState appState
     required property ChartScreenModel screen
     readonly property alias view: view
+    // The Kinds tab's and the search's marks on the chart.
+    property ChartEmphasis emphasis: null
 
     SunburstView {
         id: view
@@ -18,6 +20,8 @@ Item {
         labelDark: Style.chartLabelDark
         labelLight: Style.chartLabelLight
         animatesDrill: !Style.reduceMotion
+        emphasis: chart.emphasis
+        kindColours: Style.kindColours
         // The subject of an open menu stays highlighted.
         holdsHover: menu.visible
         // A picture to a screen reader: the focus it shows; its sectors are

@@ -111,7 +111,7 @@ void appendSectorOutline(std::vector<QPointF>& points, const RingFrame& ring, do
 
 void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
                    const std::vector<Segment>& segments, const Segment* hit, const QColor& hubColor,
-                   bool dark)
+                   bool dark, const SectorRestyle& restyle)
 {
     Q_ASSERT(canvas.format() == QImage::Format_ARGB32_Premultiplied);
     const double scale = canvas.devicePixelRatio();
@@ -131,7 +131,8 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
 
     for (const Segment& segment : segments) {
         const bool isHit = hitNode && segment.node == hitNode;
-        const QColor fill = sectorFill(segment, hitNode, dark);
+        const QColor fill =
+            restyle ? restyle(segment, sectorFill(segment, hitNode, dark)) : sectorFill(segment, hitNode, dark);
         const double outer = segment.outerRadius * scale;
         const double inner = segment.innerRadius * scale;
         if ((segment.endAngle - segment.startAngle) * outer < kThinSector) {

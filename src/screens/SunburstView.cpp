@@ -4,6 +4,7 @@
 #include "app/StateFollower.h"
 #include "chart/DrillMotion.h"
 #include "chart/RingLabels.h"
+#include "chart/ChartEmphasis.h"
 #include "chart/SunburstLayout.h"
 #include "screens/RingLabelPainter.h"
 #include "screens/SunburstPainter.h"
@@ -134,6 +135,39 @@ void SunburstView::focusMoved()
         m_drill.start();
 }
 
+void SunburstView::setEmphasis(ChartEmphasis* emphasis)
+{
+    if (m_emphasis == emphasis)
+        return;
+    if (m_emphasis)
+        disconnect(m_emphasis, nullptr, this, nullptr);
+    m_emphasis = emphasis;
+    if (m_emphasis)
+        connect(m_emphasis, &ChartEmphasis::changed, this, [this] { update(); });
+    update();
+    Q_EMIT emphasisChanged();
+}
+
+QVariantList SunburstView::kindColours() const
+{
+    QVariantList colours;
+    for (const QColor& colour : m_kindColours)
+        colours.append(colour);
+    return colours;
+}
+
+void SunburstView::setKindColours(const QVariantList& given)
+{
+    QList<QColor> colours;
+    for (const QVariant& colour : given)
+        colours.append(colour.typeId() == QMetaType::QString ? QColor(colour.toString()) : colour.value<QColor>());
+    if (m_kindColours == colours)
+        return;
+    m_kindColours = colours;
+    update();
+    Q_EMIT emphasisChanged();
+}
+
 double SunburstView::hubRadius() const
 {
     return chartGeometry(width(), height()).hubRadius;
@@ -168,12 +202,28 @@ void SunburstView::paint(QPainter* painter)
         m_canvas = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
     m_canvas.setDevicePixelRatio(scale);
     m_canvas.fill(Qt::transparent);
-    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor, m_dark);
+    SectorRestyle restyle;
+    if (m_emphasis && m_emphasis->active())
+        restyle = [this](const Segment& segment, const QColor& fill) {
+            const SectorLook look = m_emphasis->look(segment.node);
+            QColor out = fill;
+            if (look.colourKind >= 0 && look.colourKind < m_kindColours.size()) {
+                // A kind's colour, a step paler (lighter, or darker on a dark
+                // background) each ring out, so that rings stay apart.
+                const QColor kind = m_kindColours[look.colourKind];
+                const int step = int(segment.ring) * (m_dark ? 9 : 7);
+                out = m_dark ? kind.darker(100 + step) : kind.lighter(100 + step);
+                out.setAlphaF(fill.alphaF());
+            }
+            out.setAlphaF(std::min(out.alphaF(), float(look.opacity)));
+            return out;
+        };
+    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor, m_dark, restyle);
     // Names on the rings, so that the chart reads without hovering.
     if (!moving)
         paintRingLabels(m_canvas, geometry, segments,
-                    placeRingLabels(segments, ringLabelMetrics(ringLabelFont())),
-                    hit ? hit->node : nullptr, {m_labelDark, m_labelLight, m_hubColor}, m_dark);
+                        placeRingLabels(segments, ringLabelMetrics(ringLabelFont())),
+                        hit ? hit->node : nullptr, {m_labelDark, m_labelLight, m_hubColor}, m_dark);
     painter->drawImage(QPointF(0, 0), m_canvas);
 }
 

@@ -4,6 +4,7 @@
 #include <QImage>
 #include <QPointF>
 #include <QPointer>
+#include <QVariantList>
 #include <QQuickPaintedItem>
 #include <QVariantAnimation>
 #include <optional>
@@ -13,6 +14,7 @@
 namespace tw {
 
 class AppState;
+class ChartEmphasis;
 struct Segment;
 
 // The chart: lays out AppState's focus, paints it and hit-tests it on every
@@ -45,6 +47,10 @@ class SunburstView : public QQuickPaintedItem {
     Q_PROPERTY(bool animatesDrill READ animatesDrill WRITE setAnimatesDrill NOTIFY animatesDrillChanged)
     // True while a drill moves.
     Q_PROPERTY(bool drilling READ drilling NOTIFY drillingChanged)
+    // Colouring by kind and the fading around a chosen kind or item; with
+    // `kindColours`, one colour a FileKind, in its order.
+    Q_PROPERTY(tw::ChartEmphasis* emphasis READ emphasis WRITE setEmphasis NOTIFY emphasisChanged)
+    Q_PROPERTY(QVariantList kindColours READ kindColours WRITE setKindColours NOTIFY emphasisChanged)
 
 public:
     explicit SunburstView(QQuickItem* parent = nullptr);
@@ -65,6 +71,10 @@ public:
     void setAnimatesDrill(bool animates);
     [[nodiscard]] bool drilling() const;
     void setHoldsHover(bool holds);
+    [[nodiscard]] ChartEmphasis* emphasis() const { return m_emphasis; }
+    void setEmphasis(ChartEmphasis* emphasis);
+    [[nodiscard]] QVariantList kindColours() const;
+    void setKindColours(const QVariantList& colours);
     // Whether the sector drawn for AppState's hovered node reaches into
     // `rect` (item coordinates): the tooltip goes where it covers nothing.
     Q_INVOKABLE bool hoveredSectorMeets(const QRectF& rect) const;
@@ -80,6 +90,7 @@ Q_SIGNALS:
     void labelInksChanged();
     void animatesDrillChanged();
     void drillingChanged();
+    void emphasisChanged();
     // A secondary click at (x, y) in the item; the menu's subject is the hover.
     void contextMenuRequested(double x, double y);
 
@@ -111,6 +122,8 @@ private:
     NodeRef m_drillInner;
     bool m_drillingIn = false;
     QVariantAnimation m_drill; // 0 to 1, linear; eased when painted
+    QPointer<ChartEmphasis> m_emphasis;
+    QList<QColor> m_kindColours;
 };
 
 } // namespace tw

@@ -29,6 +29,7 @@ constexpr Option kScanOptions[] = {
     {"--json", nullptr, "print the tree as JSON"},
     {"--quiet", nullptr, "no progress line (it shows only on a terminal)"},
     {"--export", "FILE", "also save the scan to FILE (- for standard output, then nothing else)"},
+    {"--find", "PATTERN", "print the items whose names match, largest first (* and ? as wildcards)"},
 };
 constexpr Option kOpenOptions[] = {
     {"--json", nullptr, "print the tree as JSON, as scan --json does"},

@@ -5,6 +5,7 @@
 #include "app/UnseenSpace.h"
 #include "platform/ProcessRunner.h"
 #include "platform/VolumeFacts.h"
+#include "scan/NameSearch.h"
 #include "scan/Scanner.h"
 #include "scanfile/ScanFileWriter.h"
 
@@ -30,6 +31,7 @@ struct ScanArgs {
     bool json = false;
     bool quiet = false;
     std::optional<QByteArray> exportTo;
+    std::optional<QByteArray> find;
 };
 
 // The arguments, or what is wrong with them in `error`.
@@ -63,8 +65,13 @@ std::optional<ScanArgs> parse(const QByteArrayList& args, QByteArray& error)
                 return std::nullopt;
             }
             out.exportTo = args[++i];
-        }
-        else if (a == "--workers") {
+        } else if (a == "--find") {
+            if (i + 1 >= args.size() || args[i + 1].isEmpty()) {
+                error = "--find needs a PATTERN";
+                return std::nullopt;
+            }
+            out.find = args[++i];
+        } else if (a == "--workers") {
             if (!number(out.workers) || *out.workers < 1) {
                 error = "--workers needs a whole number from 1";
                 return std::nullopt;
@@ -172,6 +179,22 @@ void writeText(std::FILE* out, const FileNode& node, int depth, int maxDepth)
         writeText(out, child, depth + 1, maxDepth);
 }
 
+// The search's matches, largest first as the app lists them (all of them,
+// where the app shows the largest few hundred): size, a tab, the path's own
+// bytes.
+int writeFound(std::FILE* out, const ScanTree& tree, const QByteArray& typed)
+{
+    const auto index = NameIndex::build(*tree.root());
+    const auto found = index->find(NamePattern(QString::fromUtf8(typed)), std::size_t(index->entryCount()));
+    for (const FileNode* node : found->largest) {
+        const QByteArray path = node->path();
+        std::fprintf(out, "%lld\t", static_cast<long long>(node->size()));
+        std::fwrite(path.constData(), 1, std::size_t(path.size()), out);
+        std::fputc('\n', out);
+    }
+    return 0; // a failed write is the exit code's business (main checks the stream)
+}
+
 } // namespace
 
 void printTreeJson(std::FILE* out, const ScanTree& tree, int workers, std::optional<int> depth, bool live)
@@ -243,6 +266,8 @@ int runScan(const QByteArrayList& args)
         if (*parsed->exportTo == "-")
             return 0;
     }
+    if (parsed->find)
+        return writeFound(out, *tree, *parsed->find);
     if (parsed->json) {
         printTreeJson(out, *tree, scanner.workersUsed(), parsed->depth, true);
         return 0;

@@ -7,6 +7,8 @@
 
 #include "app/AppState.h"
 #include "app/DiskAccess.h"
+#include "chart/KindsModel.h"
+#include "chart/SearchModel.h"
 #include "localization/LocalizationManager.h"
 #include "platform/ProcessRunner.h"
 #include "platform/RunningApplications.h"
@@ -550,6 +552,46 @@ bool renderAll(Renderer& renderer)
         list->forceActiveFocus(Qt::TabFocusReason);
         QTest::keyClick(&view, Qt::Key_Down);
         return bool(state.hovered());
+    });
+    // The Kinds tab with the largest kind chosen; then the chart coloured by kind.
+    const auto kindsTab = [&](AppState& state, QQuickView& view) -> KindsModel* {
+        if (!scanSample(state, tree))
+            return nullptr;
+        QTest::qWait(100);
+        QQuickItem* tabs = findItem(view, "sideTabs");
+        QQuickItem* list = findItem(view, "kindsList");
+        if (!tabs || !list || !tabs->setProperty("currentIndex", 1))
+            return nullptr;
+        auto* kinds = qobject_cast<KindsModel*>(list->property("model").value<QObject*>());
+        return kinds && waitFor([&] { return kinds->rowCount() > 0; }) ? kinds : nullptr;
+    };
+    ok &= renderer.shoot(QStringLiteral("chart-kinds"), [&](AppState& state, QQuickView& view) {
+        KindsModel* kinds = kindsTab(state, view);
+        if (!kinds)
+            return false;
+        kinds->choose(0);
+        return !kinds->selectedKey().isEmpty();
+    });
+    ok &= renderer.shoot(QStringLiteral("chart-kind-colours"), [&](AppState& state, QQuickView& view) {
+        KindsModel* kinds = kindsTab(state, view);
+        if (!kinds || !kinds->emphasis())
+            return false;
+        kinds->emphasis()->setColourByKind(true);
+        return true;
+    });
+    // ⌘F / Ctrl+F, a pattern typed, the results listed.
+    ok &= renderer.shoot(QStringLiteral("chart-search"), [&](AppState& state, QQuickView& view) {
+        if (!scanSample(state, tree))
+            return false;
+        QTest::qWait(100);
+        QTest::keySequence(&view, QKeySequence::Find);
+        QQuickItem* results = findItem(view, "searchResults");
+        if (!results || !findItem(view, "searchField")->hasActiveFocus())
+            return false;
+        for (const char key : {'*', '.', 'm', 'p', '4'})
+            QTest::keyClick(&view, key);
+        auto* search = qobject_cast<SearchModel*>(results->property("model").value<QObject*>());
+        return search && waitFor([&] { return search->rowCount() > 0; });
     });
     ok &= renderer.shoot(QStringLiteral("welcome-focus"), [](AppState&, QQuickView& view) {
         QTest::keyClick(&view, Qt::Key_Tab);

@@ -72,4 +72,11 @@ private:
     std::atomic<Language> m_current;
 };
 
+// The shared manager's text of `key` in the current language, for messages
+// built in C++.
+[[nodiscard]] inline QString uiText(const char* key)
+{
+    return LocalizationManager::shared().string(QString::fromLatin1(key));
+}
+
 } // namespace tw

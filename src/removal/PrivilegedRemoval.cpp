@@ -12,11 +12,6 @@
 namespace tw {
 
 namespace {
-QString text(const char* key)
-{
-    return LocalizationManager::shared().string(QString::fromLatin1(key));
-}
-
 // Only a name that is gone has moved; one we may not look at is not known
 // to have.
 bool stillThere(const QByteArray& path)
@@ -82,7 +77,7 @@ BatchOutcome privilegedRecycle(const QList<QByteArray>& paths, ElevatedRunner& r
         items.push_back({staging[std::size_t(i)], paths[i]});
     const ElevatedRunner::Result result = runner.run(script, items);
     if (!result.launched) {
-        const QString message = fillText(text("trash.cannotLaunchOsa"), result.launchError);
+        const QString message = fillText(uiText("trash.cannotLaunchOsa"), result.launchError);
         for (const QByteArray& path : paths)
             outcome.failed.append({path, message});
         return outcome;
@@ -95,9 +90,9 @@ BatchOutcome privilegedRecycle(const QList<QByteArray>& paths, ElevatedRunner& r
     QString message;
     if (result.dismissed || lower.contains(QLatin1String("canceled")) ||
         lower.contains(QLatin1String("cancelled")))
-        message = text("trash.userCancelled");
+        message = uiText("trash.userCancelled");
     else if (said.isEmpty())
-        message = text("trash.adminFailed");
+        message = uiText("trash.adminFailed");
     else
         message = said;
     // The file system is the judge, not the tool's exit status.
@@ -109,7 +104,7 @@ BatchOutcome privilegedRecycle(const QList<QByteArray>& paths, ElevatedRunner& r
             // Out of its place is not yet in the Trash: without its entry no
             // file manager lists it, so the user must hear where it went.
             outcome.failed.append(
-                {paths[i], fillText(text("trash.notFiled"), QFile::decodeName(*where))});
+                {paths[i], fillText(uiText("trash.notFiled"), QFile::decodeName(*where))});
         } else {
             outcome.succeeded.append(paths[i]);
         }

@@ -12,11 +12,6 @@
 namespace tw {
 
 namespace {
-QString text(const char* key)
-{
-    return LocalizationManager::shared().string(QString::fromLatin1(key));
-}
-
 // The existence test follows links, so a dangling link counts as missing.
 bool exists(const QByteArray& path)
 {
@@ -35,7 +30,7 @@ bool needsAdministrator(const QString& message)
 QString messageFor(const Trash::Failure& failure)
 {
     if (failure.noUsableTrash)
-        return fillText(text("trash.noUsableTrash"), QFile::decodeName(failure.trash));
+        return fillText(uiText("trash.noUsableTrash"), QFile::decodeName(failure.trash));
     return failure.message;
 }
 } // namespace
@@ -82,7 +77,7 @@ QByteArray recycle(const QByteArray& path, Trash& trash)
         throw TrashError::failed(*answer.error);
     const auto moved = answer.moved.constFind(path);
     if (moved == answer.moved.cend())
-        throw TrashError::failed(text("trash.needsAdmin"));
+        throw TrashError::failed(uiText("trash.needsAdmin"));
     return *moved;
 }
 
@@ -99,7 +94,7 @@ BatchOutcome recycleBatch(const QList<QByteArray>& paths, Trash& trash, Elevated
         if (exists(path))
             existing.append(path);
         else
-            outcome.failed.append({path, text("trash.fileNotFound")});
+            outcome.failed.append({path, uiText("trash.fileNotFound")});
     }
     if (existing.isEmpty())
         return outcome;
@@ -114,7 +109,7 @@ BatchOutcome recycleBatch(const QList<QByteArray>& paths, Trash& trash, Elevated
         const auto failure = answer.failures.constFind(path);
         const QString message = failure != answer.failures.cend() ? messageFor(*failure)
                                 : answer.error                    ? *answer.error
-                                                                  : text("trash.cannotMove");
+                                                                  : uiText("trash.cannotMove");
         const bool noUsableTrash = failure != answer.failures.cend() && failure->noUsableTrash;
         if (!noUsableTrash && needsAdministrator(message))
             needsAdmin.append(path);

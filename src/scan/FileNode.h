@@ -159,6 +159,12 @@ public:
     // prefix of it. Null when there is none.
     [[nodiscard]] FileNode* find(const QByteArray& target);
 
+    // Puts the children of `fresh`'s root (a new walk of the folder at
+    // `folder`'s path) in place of `folder`'s, and corrects the sizes and
+    // counts of `folder` and every ancestor. The old children stay readable
+    // for whoever holds them; `fresh` lives as long as this tree.
+    void graft(FileNode& folder, std::shared_ptr<ScanTree> fresh);
+
 private:
     friend class Walker;
     friend class Scanner;

@@ -6,6 +6,7 @@
 #include "scan/FileNode.h"
 
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -48,6 +49,8 @@ inline std::string_view readStoredName(const unsigned char* at)
 struct ScanTree::Arenas {
     std::vector<Arena> arenas;
     qint64 nodeCount = 1;
+    // Walks of single folders whose nodes now hang in this tree.
+    std::vector<std::shared_ptr<ScanTree>> grafts;
 };
 
 } // namespace tw

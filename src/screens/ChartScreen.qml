@@ -218,4 +218,18 @@ ColumnLayout {
             appState: chartScreen.appState
         }
     }
+
+    // Several items at once: shown while anything is picked.
+    SelectionBar {
+        id: selectionBar
+        objectName: "selectionBar"
+        Layout.fillWidth: true
+        visible: chartScreen.appState.selectionCount > 0
+        appState: chartScreen.appState
+    }
+    GuardedShortcut {
+        control: selectionBar
+        sequence: "Escape"
+        onActivated: chartScreen.appState.clearSelection()
+    }
 }

@@ -21,6 +21,13 @@ Menu {
         text: Loc.strings["menu.openHere"]
         onTriggered: menu.actions.open()
     }
+    MenuItem {
+        objectName: "rescanItem"
+        visible: menu.actions.canRescan
+        height: visible ? implicitHeight : 0
+        text: Loc.strings["menu.rescan"]
+        onTriggered: menu.actions.rescan()
+    }
     MenuSeparator {}
     MenuItem {
         text: Loc.strings["menu.moveToTrash"]

@@ -15,12 +15,14 @@ Item {
         state: chart.appState
         hubColor: Style.windowBackground
         dark: Style.dark
+        markColor: Style.accent
         // The subject of an open menu stays highlighted.
         holdsHover: menu.visible
         // A picture to a screen reader: the focus it shows; its sectors are
         // read through the Largest list.
         Accessible.role: Accessible.Chart
         Accessible.name: chart.screen.hubName + ", " + chart.screen.hubSize
+                         + (chart.appState.selectionText !== "" ? ", " + chart.appState.selectionText : "")
         onContextMenuRequested: (x, y) => {
             // No hover, no menu.
             if (actions.takeHovered())

@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QPointF>
+#include <functional>
 #include <vector>
 
 class QImage;
@@ -18,9 +19,15 @@ namespace tw {
 // 0.35. Shared by SunburstView and the chart benchmark so the benchmark
 // measures the real thing.
 // `dark`: the shades and thin strokes for a dark background.
+// `marks`, when given, outlines the sectors it names in its colour (the
+// picked items of a batch), drawn over the fill so the mark is a shape too.
+struct SectorMarks {
+    std::function<bool(const FileNode*)> isMarked;
+    QColor color;
+};
 void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
                    const std::vector<Segment>& segments, const Segment* hit,
-                   const QColor& hubColor, bool dark = false);
+                   const QColor& hubColor, bool dark = false, const SectorMarks* marks = nullptr);
 
 // A sector's fill: its hue at its ring's shade, faded to 0.35 while
 // something is hovered unless it is the hovered node or one of its ancestors.

@@ -30,11 +30,21 @@ void SunburstView::setState(AppState* state)
             update();
         });
         connect(&followed, &AppState::rootChanged, this, [this] { update(); });
+        connect(&followed, &AppState::selectionChanged, this, [this] { update(); });
     });
     if (!moved)
         return;
     update();
     Q_EMIT stateChanged();
+}
+
+void SunburstView::setMarkColor(const QColor& color)
+{
+    if (m_markColor == color)
+        return;
+    m_markColor = color;
+    update();
+    Q_EMIT markColorChanged();
 }
 
 void SunburstView::setDark(bool dark)
@@ -77,7 +87,10 @@ void SunburstView::paint(QPainter* painter)
         m_canvas = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
     m_canvas.setDevicePixelRatio(scale);
     m_canvas.fill(Qt::transparent);
-    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor, m_dark);
+    const AppState* state = m_state;
+    const SectorMarks marks{[state](const FileNode* node) { return state && state->isSelected(node); },
+                            m_markColor};
+    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor, m_dark, &marks);
     painter->drawImage(QPointF(0, 0), m_canvas);
 }
 
@@ -157,12 +170,14 @@ void SunburstView::mousePressEvent(QMouseEvent* event)
 
 void SunburstView::mouseReleaseEvent(QMouseEvent* event)
 {
+    // Ctrl-click (⌘-click on a Mac, which Qt reports as Control) picks the
+    // sector for a batch instead of drilling in.
     if (event->button() == Qt::LeftButton && contains(event->position()))
-        click();
+        click(event->modifiers() & Qt::ControlModifier);
     event->accept();
 }
 
-void SunburstView::click()
+void SunburstView::click(bool pick)
 {
     // The stored location, as hover left it; nothing when the mouse is outside.
     if (!m_mouseLocation || !m_state || !m_state->focus())
@@ -172,7 +187,9 @@ void SunburstView::click()
     const std::vector<Segment> segments = buildSegments(focus.get(), width(), height());
     const Segment* hit = segmentAt(m_mouseLocation->x() - geometry.centreX,
                                    m_mouseLocation->y() - geometry.centreY, segments);
-    if (hit)
+    if (hit && pick)
+        m_state->toggleSelected(focus.sibling(hit->node));
+    else if (hit)
         m_state->focusOn(
             focus.sibling(hit->node)); // the guarded change refuses files and empty folders
 }

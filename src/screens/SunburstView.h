@@ -23,6 +23,8 @@ class SunburstView : public QQuickPaintedItem {
     Q_PROPERTY(tw::AppState* state READ state WRITE setState NOTIFY stateChanged)
     // The window's background, for the hub.
     Q_PROPERTY(QColor hubColor READ hubColor WRITE setHubColor NOTIFY hubColorChanged)
+    // The outline of picked sectors.
+    Q_PROPERTY(QColor markColor READ markColor WRITE setMarkColor NOTIFY markColorChanged)
     // Shades for a dark background.
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
     // R × 0.22 for the current size: the hub label's width follows it.
@@ -38,6 +40,8 @@ public:
     void setState(AppState* state);
     [[nodiscard]] QColor hubColor() const { return m_hubColor; }
     void setHubColor(const QColor& color);
+    [[nodiscard]] QColor markColor() const { return m_markColor; }
+    void setMarkColor(const QColor& color);
     [[nodiscard]] bool dark() const { return m_dark; }
     void setDark(bool dark);
     [[nodiscard]] double hubRadius() const;
@@ -53,6 +57,7 @@ Q_SIGNALS:
     void stateChanged();
     void hubColorChanged();
     void darkChanged();
+    void markColorChanged();
     void hubRadiusChanged();
     void holdsHoverChanged();
     // A secondary click at (x, y) in the item; the menu's subject is the hover.
@@ -68,10 +73,11 @@ protected:
 
 private:
     void moveMouse(const QPointF& location);
-    void click();
+    void click(bool pick);
 
     QPointer<AppState> m_state;
     QColor m_hubColor{0xec, 0xec, 0xec};
+    QColor m_markColor{Qt::blue};
     std::optional<QPointF> m_mouseLocation;
     bool m_holdsHover = false;
     bool m_dark = false;

@@ -21,18 +21,19 @@ Menu {
         text: Loc.strings["menu.openHere"]
         onTriggered: menu.actions.open()
     }
-    MenuItem {
-        objectName: "rescanItem"
-        visible: menu.actions.canRescan
-        height: visible ? implicitHeight : 0
-        text: Loc.strings["menu.rescan"]
-        onTriggered: menu.actions.rescan()
-    }
     MenuSeparator {}
     MenuItem {
         text: Loc.strings["menu.moveToTrash"]
         palette.windowText: Style.destructive
         palette.text: Style.destructive
         onTriggered: menu.actions.moveToTrash()
+    }
+    // Last, so the items above keep their places: one folder walked again.
+    MenuItem {
+        objectName: "rescanItem"
+        visible: menu.actions.canRescan
+        height: visible ? implicitHeight : 0
+        text: Loc.strings["menu.rescan"]
+        onTriggered: menu.actions.rescan()
     }
 }

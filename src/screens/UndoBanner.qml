@@ -49,7 +49,7 @@ Rectangle {
     // ⌘Z / Ctrl+Z while the banner shows and no dialog is up.
     GuardedShortcut {
         control: undoButton
-        sequence: StandardKey.Undo
+        sequences: [StandardKey.Undo]
         onActivated: banner.appState.undoLastRemoval()
     }
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "app/Selection.h"
 #include "app/UnseenSpace.h"
 #include "removal/Recycle.h"
+#include "removal/Restore.h"
 #include "scan/FileNode.h"
 #include "scan/ScanProgress.h"
 #include "scan/Scanner.h"
@@ -24,6 +26,8 @@
 namespace tw {
 
 class DiskAccess;
+class ElevatedRunner;
+class Trash;
 class FileReveal;
 class ProcessRunner;
 class RunningApplications;
@@ -65,6 +69,14 @@ class AppState : public QObject {
     // The permission dialog's facts (id, needsAppManagement,
     // needsFullDiskAccess, failedPaths, succeededCount); empty when none.
     Q_PROPERTY(QVariantMap permissionPrompt READ permissionPromptFacts NOTIFY permissionPromptChanged)
+    // Several items at once: the selection bar's text, empty with nothing picked.
+    Q_PROPERTY(int selectionCount READ selectionCount NOTIFY selectionChanged)
+    Q_PROPERTY(QString selectionText READ selectionText NOTIFY selectionChanged)
+    // The batch confirmation: open, and its facts { title, total, items: [{ name, size }] }.
+    Q_PROPERTY(bool batchConfirmOpen READ batchConfirmOpen NOTIFY batchChanged)
+    Q_PROPERTY(QVariantMap batchFacts READ batchFacts NOTIFY batchChanged)
+    // The undo banner's text; empty when no banner is up.
+    Q_PROPERTY(QString undoText READ undoText NOTIFY undoChanged)
 
 public:
     // Only `scanning` has a value: the latest progress, in `progress`.
@@ -95,6 +107,10 @@ public:
             findRelated;
         std::function<BatchOutcome(const QList<QByteArray>& paths)> recycleBatch;
         RunningApplications* running = nullptr; // the system's if null
+        // The Trash that batches and undo use, and the single item when
+        // `recycle` is empty; the system's if null. Called on worker threads.
+        Trash* trash = nullptr;
+        ElevatedRunner* elevated = nullptr; // the system's if null
     };
 
     // What the permission dialog shows after an uninstall was refused.
@@ -152,6 +168,33 @@ public:
     [[nodiscard]] InstalledApp* uninstallCandidate() const { return m_uninstallCandidate; }
     [[nodiscard]] const std::optional<UninstallPermissionPrompt>& permissionPrompt() const { return m_permissionPrompt; }
     [[nodiscard]] QVariantMap permissionPromptFacts() const;
+
+    // Selection (chart and list): what is picked, in picking order.
+    [[nodiscard]] const NodeSelection& selection() const { return m_selection; }
+    [[nodiscard]] int selectionCount() const { return int(m_selection.effective().size()); }
+    [[nodiscard]] QString selectionText() const;
+    [[nodiscard]] bool isSelected(const FileNode* node) const { return m_selection.contains(node); }
+    void toggleSelected(const NodeRef& node);
+    void addToSelection(const QList<NodeRef>& nodes);
+    Q_INVOKABLE void clearSelection();
+    [[nodiscard]] bool batchConfirmOpen() const { return m_batchConfirmOpen; }
+    [[nodiscard]] QVariantMap batchFacts() const;
+    // The selection bar's "Move to Trash…": opens the one confirmation.
+    Q_INVOKABLE void requestBatchDelete();
+    Q_INVOKABLE void cancelBatchDelete();
+    // Moves the selection in one batch off the GUI thread; the tree loses
+    // what moved and redraws once; failures show by name with their message.
+    Q_INVOKABLE void confirmBatchDelete();
+    // Undo: the last removal (single, batch or uninstall) goes back from
+    // the Trash; what could not is named in the error alert.
+    [[nodiscard]] QString undoText() const;
+    [[nodiscard]] const QList<TrashedItem>& lastRemoval() const { return m_lastRemoval; }
+    Q_INVOKABLE void undoLastRemoval();
+    Q_INVOKABLE void dismissUndo();
+    // Walks the folders at `paths` again with the scan's own rules and puts
+    // what it finds in their place in the tree; ancestors follow. A path
+    // outside the tree is ignored.
+    void rescanFolders(const QList<QByteArray>& paths);
 
     static QString toText(Mode mode);
     static std::optional<Mode> modeFromText(QStringView text);
@@ -265,6 +308,15 @@ Q_SIGNALS:
     void appUninstalled(const QString& bundleId);
     // An uninstall's outcome has been applied (for the window and tests).
     void uninstallFinished();
+    void selectionChanged();
+    void batchChanged();
+    // A confirmed batch has been applied to the tree (for the window and tests).
+    void batchFinished();
+    void undoChanged();
+    // An undo has ended and its folders are being walked again.
+    void undoFinished();
+    // A folder's own walk has ended and, if the tree still stands, is in it.
+    void rescanFinished(const QByteArray& folder);
 
 private:
     void applyReport(const QUuid& stamp, const ScanProgress& report);
@@ -279,6 +331,13 @@ private:
     void setVolumeCapacity(std::optional<VolumeInfo::Capacity> capacity);
     void setFdaPrompt(std::optional<QByteArray> path);
     void itemDeleted(const NodeRef& node, qint64 size, bool isDirectory);
+
+    void applyBatchResult(const std::vector<NodeRef>& nodes, const BatchOutcome& outcome);
+    // Takes a moved node out of the tree without announcing it.
+    void detachFromTree(const NodeRef& node);
+    void noteRemoval(QList<TrashedItem> items);
+    void applyRescan(const QByteArray& folder, std::shared_ptr<ScanTree> fresh);
+    [[nodiscard]] Trash& trash() const;
 
     void startDiscovery();
     void pumpSizing();
@@ -318,6 +377,12 @@ private:
     int m_sizingRunning = 0;
     QPointer<InstalledApp> m_uninstallCandidate;
     std::optional<UninstallPermissionPrompt> m_permissionPrompt;
+
+    NodeSelection m_selection;
+    bool m_batchConfirmOpen = false;
+    QList<TrashedItem> m_lastRemoval;
+    bool m_undoRunning = false;
+    int m_rescansRunning = 0;
 
     std::optional<QByteArray> m_rootURL;
     std::shared_ptr<Scanner> m_scanner;

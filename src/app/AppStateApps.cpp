@@ -2,6 +2,8 @@
 // and what an uninstall's outcome does to the lists and the dialogs.
 
 #include "app/AppState.h"
+#include "platform/ElevatedRunner.h"
+#include "platform/Trash.h"
 #include "localization/LocalizationManager.h"
 #include "localization/TextFormat.h"
 #include "platform/FileReveal.h"
@@ -222,8 +224,10 @@ void AppState::confirmUninstall(const QList<QByteArray>& paths)
     QPointer<InstalledApp> target(app);
     const QByteArray appURL = app->url();
     auto move = m_services.recycleBatch;
-    std::thread([self, target, appURL, move, paths] {
-        BatchOutcome outcome = move ? move(paths) : recycleBatch(paths);
+    Trash* bin = &trash();
+    ElevatedRunner* runner = m_services.elevated ? m_services.elevated : &systemElevatedRunner();
+    std::thread([self, target, appURL, move, paths, bin, runner] {
+        BatchOutcome outcome = move ? move(paths) : recycleBatch(paths, *bin, *runner);
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
             [self, target, appURL, outcome = std::move(outcome)] {
@@ -237,6 +241,10 @@ void AppState::confirmUninstall(const QList<QByteArray>& paths)
 
 void AppState::applyUninstallResult(InstalledApp* app, const QByteArray& appURL, const BatchOutcome& outcome)
 {
+    QList<TrashedItem> moved;
+    for (const QByteArray& path : outcome.succeeded)
+        moved.append({path, outcome.places.value(path)});
+    noteRemoval(std::move(moved));
     if (app) {
         QList<RelatedFile> kept = app->related();
         kept.removeIf([&](const RelatedFile& file) { return outcome.succeeded.contains(file.url); });

@@ -21,16 +21,9 @@ public:
     NodeRef node;
     qint64 size = 0;
     bool isDirectory = false;
+    QByteArray path;
+    QByteArray place; // where the Trash put it, for undo
 };
-std::optional<QString> recycleWithSystemTrash(const QByteArray& path)
-{
-    try {
-        (void)recycle(path);
-        return std::nullopt;
-    } catch (const TrashError& error) {
-        return error.errorDescription();
-    }
-}
 } // namespace
 
 void AppState::confirmDelete()
@@ -42,12 +35,23 @@ void AppState::confirmDelete()
     relay->size = m_deleteCandidate->size();
     relay->isDirectory = m_deleteCandidate->isDirectory();
     const QByteArray path = m_deleteCandidate->path();
+    relay->path = path;
     setDeleteCandidate({});
 
     QPointer<AppState> self(this);
-    auto move = m_services.recycle ? m_services.recycle : recycleWithSystemTrash;
-    std::thread([move, path, relay, self] {
-        const std::optional<QString> failure = move(path);
+    auto move = m_services.recycle;
+    Trash* bin = &trash();
+    std::thread([move, bin, path, relay, self] {
+        std::optional<QString> failure;
+        if (move) {
+            failure = move(path);
+        } else {
+            try {
+                relay->place = recycle(path, *bin);
+            } catch (const TrashError& error) {
+                failure = error.errorDescription();
+            }
+        }
         QMetaObject::invokeMethod(
             relay,
             [relay, self, failure] {
@@ -56,6 +60,10 @@ void AppState::confirmDelete()
                         self->setErrorMessage(*failure);
                     else
                         self->itemDeleted(relay->node, relay->size, relay->isDirectory);
+                    // Undo needs to know where the item went.
+                    if (!failure)
+                        self->noteRemoval(relay->place.isEmpty() ? QList<TrashedItem>()
+                                                                 : QList<TrashedItem>{{relay->path, relay->place}});
                     Q_EMIT self->deletionFinished(!failure);
                 }
                 delete relay;
@@ -73,21 +81,9 @@ void AppState::itemDeleted(const NodeRef& node, qint64 size, bool isDirectory)
         resetToWelcome();
         return;
     }
-    FileNode* parent = node->parent();
-    // A hover inside what has gone would name a ghost.
-    for (const FileNode* at = m_hovered.get(); at; at = at->parent()) {
-        if (at == node.get()) {
-            setHovered({});
-            break;
-        }
-    }
-    if (node.get() == m_focus.get() && parent)
-        setFocus(node.sibling(parent));
-    if (parent) {
-        // Workers reading this tree (kinds, name search) step aside first.
-        const TreeGate::Editing editing = node.tree()->gate().edit();
-        parent->removeChild(node.get());
-    }
+    detachFromTree(node);
+    m_selection.dropRemoved();
+    Q_EMIT selectionChanged();
     // Sizes changed in place; re-announcing the root redraws the chart and panels.
     Q_EMIT rootChanged();
 }

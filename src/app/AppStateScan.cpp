@@ -45,6 +45,9 @@ void AppState::startScan(const QByteArray& path, const std::optional<QByteArray>
     m_scanGeneration = QUuid::createUuid();
     const QUuid stamp = m_scanGeneration;
     m_rootURL = path;
+    // A new scan: the last removal's banner goes, and the picks of the old tree.
+    dismissUndo();
+    clearSelection();
     // The toolbar's figures are right while the scan runs.
     setVolumeCapacity(m_services.volumes->capacity(path));
     setPhase(Phase::scanning, ScanProgress{0, 0, QString::fromUtf8(path), 0});
@@ -153,6 +156,8 @@ void AppState::resetToWelcome()
     setFocus({});
     setHovered({});
     setDeleteCandidate({});
+    clearSelection();
+    cancelBatchDelete();
     m_rootURL.reset();
     setVolumeCapacity(std::nullopt);
     setUnseenSpace(std::nullopt);

@@ -125,6 +125,7 @@ void LargestChildrenModel::setState(AppState* state)
         connect(&followed, &AppState::focusChanged, this, &LargestChildrenModel::rebuild);
         connect(&followed, &AppState::rootChanged, this, &LargestChildrenModel::rebuild);
         connect(&followed, &AppState::hoveredChanged, this, &LargestChildrenModel::refreshHover);
+        connect(&followed, &AppState::selectionChanged, this, &LargestChildrenModel::refreshHover);
         connect(&followed, &QObject::destroyed, this, &LargestChildrenModel::rebuild);
     });
     if (!moved)
@@ -137,6 +138,7 @@ void LargestChildrenModel::rebuild()
 {
     beginResetModel();
     m_rows.clear();
+    m_anchor = -1;
     if (m_state && m_state->focus()) {
         const NodeRef& focus = m_state->focus();
         // Only the first twelve are touched, however many there are.
@@ -152,7 +154,8 @@ void LargestChildrenModel::rebuild()
 void LargestChildrenModel::refreshHover()
 {
     if (!m_rows.empty())
-        Q_EMIT dataChanged(index(0), index(int(m_rows.size()) - 1), {IsHoveredRole});
+        Q_EMIT dataChanged(index(0), index(int(m_rows.size()) - 1),
+                           {IsHoveredRole, IsSelectedRole, AccessibleTextRole});
 }
 
 int LargestChildrenModel::rowCount(const QModelIndex& parent) const
@@ -183,9 +186,13 @@ QVariant LargestChildrenModel::data(const QModelIndex& index, int role) const
         return unreadableText(node);
     case InCloudRole:
         return inCloudText(node);
+    case IsSelectedRole:
+        return m_state && m_state->isSelected(&node);
     case AccessibleTextRole: {
         QStringList parts{node.displayName(), data(index, SizeTextRole).toString(),
                           data(index, ShareTextRole).toString()};
+        if (m_state && m_state->isSelected(&node))
+            parts.append(LocalizationManager::shared().string(QStringLiteral("selection.selected")));
         for (const QString& mark : {unreadableText(node), inCloudText(node)})
             if (!mark.isEmpty())
                 parts.append(mark);
@@ -206,7 +213,8 @@ QHash<int, QByteArray> LargestChildrenModel::roleNames() const
             {IsHoveredRole, "isHovered"},
             {UnreadableRole, "unreadable"},
             {InCloudRole, "inCloud"},
-            {AccessibleTextRole, "accessibleText"}};
+            {AccessibleTextRole, "accessibleText"},
+            {IsSelectedRole, "isSelected"}};
 }
 
 NodeRef LargestChildrenModel::nodeAt(int row) const
@@ -227,6 +235,35 @@ void LargestChildrenModel::leave(int row)
     const NodeRef node = nodeAt(row);
     if (node && m_state->hovered() == node)
         m_state->setHovered({});
+}
+
+void LargestChildrenModel::toggleSelected(int row)
+{
+    if (const NodeRef node = nodeAt(row)) {
+        m_anchor = row;
+        m_state->toggleSelected(node);
+    }
+}
+
+void LargestChildrenModel::selectRange(int row)
+{
+    if (!nodeAt(row))
+        return;
+    const int from = m_anchor < 0 ? row : m_anchor;
+    QList<NodeRef> nodes;
+    for (int at = std::min(from, row); at <= std::max(from, row); ++at)
+        nodes.append(nodeAt(at));
+    m_anchor = row;
+    m_state->addToSelection(nodes);
+}
+
+void LargestChildrenModel::selectAll()
+{
+    QList<NodeRef> nodes;
+    for (int at = 0; at < int(m_rows.size()); ++at)
+        nodes.append(nodeAt(at));
+    if (!nodes.isEmpty())
+        m_state->addToSelection(nodes);
 }
 
 bool LargestChildrenModel::drillIn(int row)

@@ -76,6 +76,7 @@ public:
         UnreadableRole, // "Could not be read", or empty
         InCloudRole, // "in the cloud", or empty
         AccessibleTextRole, // name, size and share, as a screen reader says the row
+        IsSelectedRole, // picked for a batch
     };
     Q_ENUM(Role)
 
@@ -98,6 +99,11 @@ public:
     Q_INVOKABLE void leave(int row);
     // Double click: drills into a folder with children, does nothing else.
     Q_INVOKABLE bool drillIn(int row);
+    // Picking rows for a batch: Ctrl/⌘-click toggles one, Shift-click adds
+    // the rows from the anchor (the last toggled row) to `row`, Ctrl/⌘-A all.
+    Q_INVOKABLE void toggleSelected(int row);
+    Q_INVOKABLE void selectRange(int row);
+    Q_INVOKABLE void selectAll();
 
 Q_SIGNALS:
     void stateChanged();
@@ -108,6 +114,7 @@ private:
 
     QPointer<AppState> m_state;
     std::vector<FileNode*> m_rows;
+    int m_anchor = -1;
 };
 
 } // namespace tw

@@ -61,6 +61,12 @@ void NodeActions::open()
         m_state->focusOn(m_subject);
 }
 
+void NodeActions::rescan()
+{
+    if (m_state && canRescan())
+        m_state->rescanFolders({m_subject->path()});
+}
+
 void NodeActions::moveToTrash()
 {
     // What may be deleted is decided behind the dialog, not here.

@@ -23,6 +23,7 @@ class NodeActions : public QObject {
     Q_PROPERTY(bool canOpen READ canOpen NOTIFY subjectChanged)
     // The row the subject was taken from, or -1 (taken from the hover).
     Q_PROPERTY(int subjectRow READ subjectRow NOTIFY subjectChanged)
+    Q_PROPERTY(bool canRescan READ canRescan NOTIFY subjectChanged)
 
 public:
     explicit NodeActions(QObject* parent = nullptr);
@@ -45,6 +46,9 @@ public:
     Q_INVOKABLE void reveal();
     Q_INVOKABLE void open();
     Q_INVOKABLE void moveToTrash();
+    // "Rescan": walks the subject folder again, alone.
+    Q_INVOKABLE void rescan();
+    [[nodiscard]] bool canRescan() const { return m_subject && m_subject->isDirectory(); }
 
 Q_SIGNALS:
     void stateChanged();

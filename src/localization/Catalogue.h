@@ -19,13 +19,13 @@ struct Entry {
     const char* text; // UTF-8; only "%@" and "%d" as placeholders
 };
 
-inline constexpr std::size_t kKeyCount = 157;
+inline constexpr std::size_t kKeyCount = 175;
 using Table = std::array<Entry, kKeyCount>;
 
 // The few texts that name the Mac or the Finder, in the words of a
 // freedesktop.org desktop (the computer, the file manager, the Trash). The
 // same keys in every language, each also in Table.
-inline constexpr std::size_t kFreedesktopKeyCount = 8;
+inline constexpr std::size_t kFreedesktopKeyCount = 10;
 using Variants = std::array<Entry, kFreedesktopKeyCount>;
 
 // The source arrays, one file each, all with the same keys in the same order.

@@ -165,6 +165,24 @@ const Table& chinese()
         {"search.searching", "正在搜索…"},
         {"search.close", "关闭搜索"},
         {"search.results", "搜索结果"},
+        {"selection.one", "已选择 1 项，%@"},
+        {"selection.many", "已选择 %d 项，%@"},
+        {"selection.clear", "清除"},
+        {"selection.selected", "已选择"},
+        {"batch.title", "将 %d 项移到废纸篓？"},
+        {"batch.bodyDir", "这些项目（文件夹连同其全部内容）将被移到 Finder 废纸篓。"},
+        {"batch.bodyFile", "这些项目将被移到 Finder 废纸篓。"},
+        {"batch.total", "总计"},
+        {"undo.movedOne", "已将 1 项移到废纸篓"},
+        {"undo.movedMany", "已将 %d 项移到废纸篓"},
+        {"undo.action", "撤销"},
+        {"undo.close", "关闭"},
+        {"restore.failed", "部分项目无法放回：\n\n%@"},
+        {"restore.notInTrash", "已不在废纸篓中"},
+        {"restore.placeTaken", "原位置已被占用；未替换任何内容"},
+        {"restore.adminMoved", "以管理员权限移动；请自行从废纸篓放回"},
+        {"menu.rescan", "重新扫描"},
+        {"scan.remaining", "大约还剩 %@"},
     }};
     return table;
 }
@@ -181,6 +199,8 @@ const Variants& chineseFreedesktop()
         {"menu.revealInFinder", "在文件管理器中显示"},
         {"menu.revealInFinderShort", "文件管理器"},
         {"reason.byHostPreferencesOfID", "此电脑上软件包标识符 %@ 的偏好设置"},
+        {"batch.bodyDir", "这些项目（文件夹连同其全部内容）将被移到回收站。"},
+        {"batch.bodyFile", "这些项目将被移到回收站。"},
     }};
     return variants;
 }

@@ -165,6 +165,24 @@ const Table& english()
         {"search.searching", "Searching…"},
         {"search.close", "Close search"},
         {"search.results", "Search results"},
+        {"selection.one", "1 item, %@ selected"},
+        {"selection.many", "%d items, %@ selected"},
+        {"selection.clear", "Clear"},
+        {"selection.selected", "selected"},
+        {"batch.title", "Move %d items to Trash?"},
+        {"batch.bodyDir", "The items, folders with all of their contents, will be moved to the Finder Trash."},
+        {"batch.bodyFile", "The items will be moved to the Finder Trash."},
+        {"batch.total", "Total"},
+        {"undo.movedOne", "1 item moved to the Trash"},
+        {"undo.movedMany", "%d items moved to the Trash"},
+        {"undo.action", "Undo"},
+        {"undo.close", "Close"},
+        {"restore.failed", "Some items could not be put back:\n\n%@"},
+        {"restore.notInTrash", "no longer in the Trash"},
+        {"restore.placeTaken", "its place is taken; nothing was replaced"},
+        {"restore.adminMoved", "moved with administrator rights; put it back from the Trash yourself"},
+        {"menu.rescan", "Rescan"},
+        {"scan.remaining", "About %@ left"},
     }};
     return table;
 }
@@ -181,6 +199,8 @@ const Variants& englishFreedesktop()
         {"menu.revealInFinder", "Show in Files"},
         {"menu.revealInFinderShort", "In Files"},
         {"reason.byHostPreferencesOfID", "this computer's preferences file for the bundle identifier %@"},
+        {"batch.bodyDir", "The items, folders with all of their contents, will be moved to the Trash."},
+        {"batch.bodyFile", "The items will be moved to the Trash."},
     }};
     return variants;
 }

@@ -166,6 +166,24 @@ const Table& german()
         {"search.searching", "Suche …"},
         {"search.close", "Suche schließen"},
         {"search.results", "Suchergebnisse"},
+        {"selection.one", "1 Objekt, %@ ausgewählt"},
+        {"selection.many", "%d Objekte, %@ ausgewählt"},
+        {"selection.clear", "Aufheben"},
+        {"selection.selected", "ausgewählt"},
+        {"batch.title", "%d Objekte in den Papierkorb legen?"},
+        {"batch.bodyDir", "Die Objekte, Ordner mit ihrem gesamten Inhalt, werden in den Finder-Papierkorb gelegt."},
+        {"batch.bodyFile", "Die Objekte werden in den Finder-Papierkorb gelegt."},
+        {"batch.total", "Gesamt"},
+        {"undo.movedOne", "1 Objekt in den Papierkorb gelegt"},
+        {"undo.movedMany", "%d Objekte in den Papierkorb gelegt"},
+        {"undo.action", "Widerrufen"},
+        {"undo.close", "Schließen"},
+        {"restore.failed", "Einige Objekte konnten nicht zurückgelegt werden:\n\n%@"},
+        {"restore.notInTrash", "nicht mehr im Papierkorb"},
+        {"restore.placeTaken", "der Ort ist belegt; nichts wurde ersetzt"},
+        {"restore.adminMoved", "mit Administratorrechten bewegt; bitte selbst aus dem Papierkorb zurücklegen"},
+        {"menu.rescan", "Erneut scannen"},
+        {"scan.remaining", "Noch etwa %@"},
     }};
     return table;
 }
@@ -182,6 +200,8 @@ const Variants& germanFreedesktop()
         {"menu.revealInFinder", "Im Dateimanager zeigen"},
         {"menu.revealInFinderShort", "Im Dateimanager"},
         {"reason.byHostPreferencesOfID", "Einstellungen dieses Computers für die Bundle-ID %@"},
+        {"batch.bodyDir", "Die Objekte, Ordner mit ihrem gesamten Inhalt, werden in den Papierkorb gelegt."},
+        {"batch.bodyFile", "Die Objekte werden in den Papierkorb gelegt."},
     }};
     return variants;
 }

@@ -166,6 +166,24 @@ const Table& russian()
         {"search.searching", "Поиск…"},
         {"search.close", "Закрыть поиск"},
         {"search.results", "Результаты поиска"},
+        {"selection.one", "1 объект, выбрано %@"},
+        {"selection.many", "Выбрано объектов: %d, %@"},
+        {"selection.clear", "Снять выбор"},
+        {"selection.selected", "выбрано"},
+        {"batch.title", "Переместить в корзину объекты (%d)?"},
+        {"batch.bodyDir", "Объекты, папки со всем содержимым, будут перемещены в корзину Finder."},
+        {"batch.bodyFile", "Объекты будут перемещены в корзину Finder."},
+        {"batch.total", "Всего"},
+        {"undo.movedOne", "1 объект перемещён в корзину"},
+        {"undo.movedMany", "Перемещено в корзину объектов: %d"},
+        {"undo.action", "Вернуть"},
+        {"undo.close", "Закрыть"},
+        {"restore.failed", "Некоторые объекты не удалось вернуть:\n\n%@"},
+        {"restore.notInTrash", "больше нет в корзине"},
+        {"restore.placeTaken", "место занято; ничего не заменено"},
+        {"restore.adminMoved", "перемещено с правами администратора; верните его из корзины сами"},
+        {"menu.rescan", "Пересканировать"},
+        {"scan.remaining", "Осталось около %@"},
     }};
     return table;
 }
@@ -182,6 +200,8 @@ const Variants& russianFreedesktop()
         {"menu.revealInFinder", "Показать в файловом менеджере"},
         {"menu.revealInFinderShort", "В файловом менеджере"},
         {"reason.byHostPreferencesOfID", "настройки этого компьютера для идентификатора пакета %@"},
+        {"batch.bodyDir", "Объекты, папки со всем содержимым, будут перемещены в корзину."},
+        {"batch.bodyFile", "Объекты будут перемещены в корзину."},
     }};
     return variants;
 }

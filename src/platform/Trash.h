@@ -33,6 +33,12 @@ public:
     };
     virtual ~Trash() = default;
     [[nodiscard]] virtual Answer recycle(const QList<QByteArray>& paths) = 0;
+    // Moves an item this Trash took back to `original`, never replacing
+    // anything that stands there, and forgets the Trash's own record of it.
+    // `place` is where recycle() said the item went. Answers the system's
+    // sentence for a failure, or nothing once the item is back.
+    [[nodiscard]] virtual std::optional<QString> restore(const QByteArray& place,
+                                                         const QByteArray& original) = 0;
 };
 
 // The running system's Trash; lives for the whole process.

@@ -102,8 +102,9 @@ BatchOutcome recycleBatch(const QList<QByteArray>& paths, Trash& trash, Elevated
     const Trash::Answer answer = trash.recycle(existing);
     QList<QByteArray> needsAdmin;
     for (const QByteArray& path : existing) {
-        if (answer.moved.contains(path)) {
+        if (const auto moved = answer.moved.constFind(path); moved != answer.moved.cend()) {
             outcome.succeeded.append(path);
+            outcome.places.insert(path, *moved);
             continue;
         }
         const auto failure = answer.failures.constFind(path);

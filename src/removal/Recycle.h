@@ -6,6 +6,7 @@
 // from the listing to the Trash. Nothing here deletes: every removal is a move.
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <exception>
@@ -43,6 +44,10 @@ private:
 struct BatchOutcome {
     QList<QByteArray> succeeded;
     QList<std::pair<QByteArray, QString>> failed;
+    // Where the Trash put each item of `succeeded` that it moved itself, so
+    // the move can be taken back; items moved with administrator rights
+    // have no entry.
+    QHash<QByteArray, QByteArray> places = {};
 };
 
 // Moves one item and returns its place in the Trash; throws TrashError

@@ -202,3 +202,33 @@ FileNode* ScanTree::find(const QByteArray& target)
 }
 
 } // namespace tw
+
+namespace tw {
+
+void ScanTree::graft(FileNode& folder, std::shared_ptr<ScanTree> fresh)
+{
+    // Workers reading this tree (kinds, name search) step aside first.
+    const TreeGate::Editing editing = gate().edit();
+    FileNode& root = *fresh->root();
+    const std::uint32_t count = root.slotCount();
+    for (std::uint32_t i = 0; i < count; ++i)
+        root.m_children[i].m_parent = &folder;
+    folder.adoptChildren(root.m_children, count);
+    if (root.isInaccessible())
+        folder.setInaccessible();
+    else
+        folder.m_bits &= ~std::uint32_t(FileNode::kInaccessible);
+    const qint64 sizeDelta = root.m_size - folder.m_size;
+    const qint64 filesDelta = qint64(root.m_fileCount) - qint64(folder.m_fileCount);
+    for (FileNode* at = &folder; at; at = at->m_parent) {
+        qint64 size = 0;
+        if (qAddOverflow(at->m_size, sizeDelta, &size) || size < 0)
+            qFatal("graft: a folder's size left its range");
+        at->m_size = size;
+        at->m_fileCount = std::uint32_t(qint64(at->m_fileCount) + filesDelta);
+    }
+    m_arenas->nodeCount += fresh->m_arenas->nodeCount - 1;
+    m_arenas->grafts.push_back(std::move(fresh));
+}
+
+} // namespace tw

@@ -210,6 +210,11 @@ public:
     [[nodiscard]] const std::vector<Excluded>& excluded() const;
     // Keeps workers that read the finished tree apart from edits to it.
     [[nodiscard]] TreeGate& gate() const;
+    // Puts the children of `fresh`'s root (a new walk of the folder at
+    // `folder`'s path) in place of `folder`'s, and corrects the sizes and
+    // counts of `folder` and every ancestor. The old children stay readable
+    // for whoever holds them; `fresh` lives as long as this tree.
+    void graft(FileNode& folder, std::shared_ptr<ScanTree> fresh);
 
 private:
     friend class Walker;

@@ -7,6 +7,7 @@
 #include "scan/TreeGate.h"
 
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -51,6 +52,8 @@ struct ScanTree::Arenas {
     qint64 nodeCount = 1;
     std::vector<ScanTree::Excluded> excluded;
     TreeGate gate;
+    // Walks of single folders whose nodes now hang in this tree.
+    std::vector<std::shared_ptr<ScanTree>> grafts;
 };
 
 } // namespace tw

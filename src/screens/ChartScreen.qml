@@ -359,4 +359,18 @@ ColumnLayout {
             }
         }
     }
+
+    // Several items at once: shown while anything is picked.
+    SelectionBar {
+        id: selectionBar
+        objectName: "selectionBar"
+        Layout.fillWidth: true
+        visible: chartScreen.appState.selectionCount > 0
+        appState: chartScreen.appState
+    }
+    GuardedShortcut {
+        control: selectionBar
+        sequence: "Escape"
+        onActivated: chartScreen.appState.clearSelection()
+    }
 }

@@ -126,6 +126,13 @@ Item {
             }
         }
 
+        UndoBanner {
+            objectName: "undoBanner"
+            Layout.fillWidth: true
+            visible: content.appState.undoText !== ""
+            appState: content.appState
+        }
+
         AdBarView {
             objectName: "adBar"
             Layout.fillWidth: true
@@ -155,6 +162,16 @@ Item {
             facts: screensModel.deleteFacts
             onCancel: content.appState.cancelDelete()
             onConfirm: content.appState.confirmDelete()
+        }
+    }
+
+    ModalCard {
+        objectName: "batchCard"
+        shown: content.appState.batchConfirmOpen
+        BatchDeleteDialog {
+            facts: content.appState.batchFacts
+            onCancel: content.appState.cancelBatchDelete()
+            onConfirm: content.appState.confirmBatchDelete()
         }
     }
 

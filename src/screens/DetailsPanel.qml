@@ -84,6 +84,14 @@ Rectangle {
             Accessible.role: Accessible.List
             Accessible.name: Loc.strings["details.largest"]
             Keys.onReturnPressed: rows.drillIn(currentIndex)
+            // Space picks the current row for a batch, Ctrl/⌘-A all rows.
+            Keys.onSpacePressed: rows.toggleSelected(currentIndex)
+            Keys.onPressed: event => {
+                if (event.matches(StandardKey.SelectAll)) {
+                    rows.selectAll();
+                    event.accepted = true;
+                }
+            }
             Keys.onEnterPressed: rows.drillIn(currentIndex)
             onActiveFocusChanged: {
                 if (activeFocus && currentIndex < 0 && count > 0)
@@ -107,14 +115,18 @@ Rectangle {
                 required property string unreadable
                 required property string inCloud
                 required property string accessibleText
+                required property bool isSelected
                 readonly property bool isCurrent: ListView.isCurrentItem && list.activeFocus
                 readonly property bool pointerInside: area.containsMouse
 
                 width: ListView.view.width - 12
                 implicitHeight: content.implicitHeight + 12
                 radius: 8
-                color: isHovered ? Style.tint(Style.accent, 0.12) : "transparent"
+                color: isSelected ? Style.tint(Style.accent, 0.22)
+                                  : isHovered ? Style.tint(Style.accent, 0.12) : "transparent"
                 Accessible.role: Accessible.ListItem
+                Accessible.selectable: true
+                Accessible.selected: isSelected
                 Accessible.name: accessibleText
                 Accessible.focusable: true
                 Accessible.focused: isCurrent
@@ -133,9 +145,11 @@ Rectangle {
                     anchors.verticalCenter: parent.verticalCenter
                     spacing: 10
 
+                    // A picked row shows a check mark in place of its kind.
                     SymbolIcon {
                         Layout.preferredWidth: 16
-                        symbol: row.isDirectory ? "folder.fill" : "doc.fill"
+                        symbol: row.isSelected ? "checkmark"
+                                               : row.isDirectory ? "folder.fill" : "doc.fill"
                         tint: Style.accent
                         opacity: 0.8
                     }
@@ -206,6 +220,14 @@ Rectangle {
                     onDoubleClicked: mouse => {
                         if (mouse.button === Qt.LeftButton)
                             rows.drillIn(row.index);
+                    }
+                    onClicked: mouse => {
+                        if (mouse.button !== Qt.LeftButton)
+                            return;
+                        if (mouse.modifiers & Qt.ShiftModifier)
+                            rows.selectRange(row.index);
+                        else if (mouse.modifiers & Qt.ControlModifier)
+                            rows.toggleSelected(row.index);
                     }
                     onPressed: mouse => {
                         if (mouse.button === Qt.RightButton && actions.takeRow(rows, row.index))

@@ -28,4 +28,12 @@ Menu {
         palette.text: Style.destructive
         onTriggered: menu.actions.moveToTrash()
     }
+    // Last, so the items above keep their places: one folder walked again.
+    MenuItem {
+        objectName: "rescanItem"
+        visible: menu.actions.canRescan
+        height: visible ? implicitHeight : 0
+        text: Loc.strings["menu.rescan"]
+        onTriggered: menu.actions.rescan()
+    }
 }

@@ -22,12 +22,14 @@ Item {
         animatesDrill: !Style.reduceMotion
         emphasis: chart.emphasis
         kindColours: Style.kindColours
+        markColor: Style.accent
         // The subject of an open menu stays highlighted.
         holdsHover: menu.visible
         // A picture to a screen reader: the focus it shows; its sectors are
         // read through the Largest list.
         Accessible.role: Accessible.Chart
         Accessible.name: chart.screen.hubName + ", " + chart.screen.hubSize
+                         + (chart.appState.selectionText !== "" ? ", " + chart.appState.selectionText : "")
         onContextMenuRequested: (x, y) => {
             // No hover, no menu.
             if (actions.takeHovered())

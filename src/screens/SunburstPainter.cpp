@@ -50,6 +50,8 @@ struct Picture {
     std::vector<QPointF> points;     // the outlines'
     std::vector<QColor> fills;       // the outlines'
     std::vector<bool> hits;          // the outlines'
+    std::vector<bool> marked;        // the outlines'
+    QColor markColor;
     std::vector<bool> outlined;      // the outlines': wide enough for the thin line
     std::size_t hubFirst = 0;
     SectorStrokes strokes;
@@ -75,6 +77,8 @@ void paintBand(const Picture& picture, const PixelBand& band)
         raster.fill(points, picture.fills[outline]);
         if (picture.outlined[outline])
             raster.stroke(points, picture.strokes.thinWidth, thinStroke);
+        if (picture.marked[outline])
+            raster.stroke(points, picture.strokes.boldWidth * 1.4, picture.markColor);
         if (picture.hits[outline])
             raster.stroke(points, picture.strokes.boldWidth, Qt::white);
         ++outline;
@@ -111,7 +115,7 @@ void appendSectorOutline(std::vector<QPointF>& points, const RingFrame& ring, do
 
 void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
                    const std::vector<Segment>& segments, const Segment* hit, const QColor& hubColor,
-                   bool dark, const SectorRestyle& restyle)
+                   bool dark, const SectorRestyle& restyle, const SectorMarks* marks)
 {
     Q_ASSERT(canvas.format() == QImage::Format_ARGB32_Premultiplied);
     const double scale = canvas.devicePixelRatio();
@@ -128,6 +132,8 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
     picture.hubFill = hubColor;
     picture.hubFill.setAlphaF(0.85F);
     picture.hubStrokeWidth = scale;
+    if (marks)
+        picture.markColor = marks->color;
 
     for (const Segment& segment : segments) {
         const bool isHit = hitNode && segment.node == hitNode;
@@ -155,6 +161,7 @@ void paintSunburst(QImage& canvas, const ChartGeometry& geometry,
         picture.steps.push_back(step);
         picture.fills.push_back(fill);
         picture.hits.push_back(isHit);
+        picture.marked.push_back(marks && marks->isMarked && marks->isMarked(segment.node));
         picture.outlined.push_back(hasThinOutline({cx, cy, inner, outer}, segment.startAngle,
                                                   segment.endAngle, picture.strokes));
     }

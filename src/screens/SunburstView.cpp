@@ -52,6 +52,7 @@ void SunburstView::setState(AppState* state)
             m_shownFocus = m_state ? m_state->focus() : NodeRef();
             update();
         });
+        connect(&followed, &AppState::selectionChanged, this, [this] { update(); });
     });
     if (!moved)
         return;
@@ -59,6 +60,15 @@ void SunburstView::setState(AppState* state)
     m_shownFocus = m_state ? m_state->focus() : NodeRef();
     update();
     Q_EMIT stateChanged();
+}
+
+void SunburstView::setMarkColor(const QColor& color)
+{
+    if (m_markColor == color)
+        return;
+    m_markColor = color;
+    update();
+    Q_EMIT markColorChanged();
 }
 
 void SunburstView::setDark(bool dark)
@@ -218,7 +228,10 @@ void SunburstView::paint(QPainter* painter)
             out.setAlphaF(std::min(out.alphaF(), float(look.opacity)));
             return out;
         };
-    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor, m_dark, restyle);
+    const AppState* state = m_state;
+    const SectorMarks marks{[state](const FileNode* node) { return state && state->isSelected(node); },
+                            m_markColor};
+    paintSunburst(m_canvas, geometry, segments, hit, m_hubColor, m_dark, restyle, &marks);
     // Names on the rings, so that the chart reads without hovering.
     if (!moving)
         paintRingLabels(m_canvas, geometry, segments,
@@ -303,12 +316,14 @@ void SunburstView::mousePressEvent(QMouseEvent* event)
 
 void SunburstView::mouseReleaseEvent(QMouseEvent* event)
 {
+    // Ctrl-click (⌘-click on a Mac, which Qt reports as Control) picks the
+    // sector for a batch instead of drilling in.
     if (event->button() == Qt::LeftButton && contains(event->position()))
-        click();
+        click(event->modifiers() & Qt::ControlModifier);
     event->accept();
 }
 
-void SunburstView::click()
+void SunburstView::click(bool pick)
 {
     // The stored location, as hover left it; nothing when the mouse is outside.
     if (!m_mouseLocation || !m_state || !m_state->focus())
@@ -318,7 +333,9 @@ void SunburstView::click()
     const std::vector<Segment> segments = buildSegments(focus.get(), width(), height());
     const Segment* hit = segmentAt(m_mouseLocation->x() - geometry.centreX,
                                    m_mouseLocation->y() - geometry.centreY, segments);
-    if (hit)
+    if (hit && pick)
+        m_state->toggleSelected(focus.sibling(hit->node));
+    else if (hit)
         m_state->focusOn(
             focus.sibling(hit->node)); // the guarded change refuses files and empty folders
 }

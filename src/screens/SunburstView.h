@@ -31,6 +31,8 @@ class SunburstView : public QQuickPaintedItem {
     Q_PROPERTY(tw::AppState* state READ state WRITE setState NOTIFY stateChanged)
     // The window's background, for the hub.
     Q_PROPERTY(QColor hubColor READ hubColor WRITE setHubColor NOTIFY hubColorChanged)
+    // The outline of picked sectors.
+    Q_PROPERTY(QColor markColor READ markColor WRITE setMarkColor NOTIFY markColorChanged)
     // Shades for a dark background.
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
     // R × 0.22 for the current size: the hub label's width follows it.
@@ -59,6 +61,8 @@ public:
     void setState(AppState* state);
     [[nodiscard]] QColor hubColor() const { return m_hubColor; }
     void setHubColor(const QColor& color);
+    [[nodiscard]] QColor markColor() const { return m_markColor; }
+    void setMarkColor(const QColor& color);
     [[nodiscard]] bool dark() const { return m_dark; }
     void setDark(bool dark);
     [[nodiscard]] double hubRadius() const;
@@ -85,6 +89,7 @@ Q_SIGNALS:
     void stateChanged();
     void hubColorChanged();
     void darkChanged();
+    void markColorChanged();
     void hubRadiusChanged();
     void holdsHoverChanged();
     void labelInksChanged();
@@ -104,12 +109,13 @@ protected:
 
 private:
     void moveMouse(const QPointF& location);
-    void click();
+    void click(bool pick);
     // The focus moved: from a folder to a descendant or back, the chart moves.
     void focusMoved();
 
     QPointer<AppState> m_state;
     QColor m_hubColor{0xec, 0xec, 0xec};
+    QColor m_markColor{Qt::blue};
     std::optional<QPointF> m_mouseLocation;
     bool m_holdsHover = false;
     bool m_dark = false;

@@ -35,6 +35,10 @@ public:
         answer.error = error;
         return answer;
     }
+    std::optional<QString> restore(const QByteArray&, const QByteArray&) override
+    {
+        return QStringLiteral("no way back from a recording");
+    }
     QList<QList<QByteArray>> calls;
     QSet<QByteArray> refuse;
     std::optional<QString> error;

@@ -340,6 +340,8 @@ extern const NSURLResourceKey NSURLVolumeIsLocalKey;
 @property(class, readonly, strong) NSFileManager* defaultManager;
 // foundation/filemanager/string(withfilesystemrepresentation:length:)
 - (NSString*)stringWithFileSystemRepresentation:(const char*)str length:(NSUInteger)len;
+// foundation/filemanager/moveitem(at:to:)  (fails when an item stands at dstURL)
+- (BOOL)moveItemAtURL:(NSURL*)srcURL toURL:(NSURL*)dstURL error:(NSError**)error;
 @end
 extern "C" {
 // foundation/nshomedirectory()

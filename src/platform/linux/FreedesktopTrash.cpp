@@ -338,3 +338,74 @@ Trash& systemTrash()
 }
 
 } // namespace tw
+
+namespace tw {
+
+namespace {
+// `place` is TRASH/files/NAME: TRASH and NAME, or nothing for another shape.
+std::optional<std::pair<QByteArray, QByteArray>> splitPlace(const QByteArray& place)
+{
+    const qsizetype slash = place.lastIndexOf('/');
+    const QByteArray folder = place.left(slash);
+    if (slash <= 0 || !folder.endsWith("/files"))
+        return std::nullopt;
+    return std::pair{folder.left(folder.size() - 6), place.mid(slash + 1)};
+}
+} // namespace
+
+std::optional<QByteArray> FreedesktopTrash::recordedPath(const QByteArray& place)
+{
+    const auto parts = splitPlace(place);
+    if (!parts)
+        return std::nullopt;
+    const auto& [trash, name] = *parts;
+    const QByteArray infoPath = trash + "/info/" + name + ".trashinfo";
+    const Fd fd(::open(infoPath.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (!fd.valid())
+        return std::nullopt;
+    QByteArray info;
+    char chunk[4096];
+    for (ssize_t got; (got = ::read(fd.get(), chunk, sizeof chunk)) > 0 && info.size() < 65536;)
+        info.append(chunk, got);
+    for (const QByteArray& line : info.split('\n')) {
+        if (!line.startsWith("Path="))
+            continue;
+        const QByteArray path = QByteArray::fromPercentEncoding(line.mid(5));
+        if (path.startsWith('/'))
+            return path;
+        // A mount's trash records the path from the mount's top:
+        // TOP/.Trash-UID or TOP/.Trash/UID.
+        const QByteArray uid = QByteArray::number(::getuid());
+        QByteArray top;
+        if (trash.endsWith(QByteArray("/.Trash-" + uid)))
+            top = trash.left(trash.lastIndexOf('/'));
+        else if (trash.endsWith(QByteArray("/.Trash/" + uid)))
+            top = trash.left(trash.size() - uid.size() - 8);
+        else
+            return std::nullopt;
+        return (top.isEmpty() ? QByteArray() : top) + '/' + path;
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> FreedesktopTrash::restore(const QByteArray& place, const QByteArray& original)
+{
+    const auto sentence = [](int error) { return QString::fromLocal8Bit(std::strerror(error)); };
+    const auto recorded = recordedPath(place);
+    if (!recorded || *recorded != original)
+        return sentence(ENOENT);
+    const qsizetype slash = original.lastIndexOf('/');
+    const QByteArray folder = slash <= 0 ? QByteArray("/") : original.left(slash);
+    const Fd target(::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!target.valid())
+        return sentence(errno);
+    if (const int error = moveWithoutReplacing(place, target.get(), original.mid(slash + 1)))
+        return sentence(error);
+    const auto [trash, name] = *splitPlace(place);
+    const QByteArray infoPath = trash + "/info/" + name + ".trashinfo";
+    // The entry is back; its record would list a ghost in file managers.
+    ::unlink(infoPath.constData());
+    return std::nullopt;
+}
+
+} // namespace tw

@@ -29,6 +29,14 @@ public:
                               std::function<QByteArray(const QByteArray&)> topdirOf = {});
 
     [[nodiscard]] Answer recycle(const QList<QByteArray>& paths) override;
+    // As file managers' "Restore" does: the entry's info file names where it
+    // goes back (Path=, relative to the mount's top for a mount's trash),
+    // and is removed once the item is back. An entry whose record names
+    // another place than `original`, or has none, stays.
+    [[nodiscard]] std::optional<QString> restore(const QByteArray& place,
+                                                 const QByteArray& original) override;
+    // The original path an entry's info file records, or nothing.
+    [[nodiscard]] static std::optional<QByteArray> recordedPath(const QByteArray& place);
 
     [[nodiscard]] const QByteArray& homeTrash() const { return m_homeTrash; }
 

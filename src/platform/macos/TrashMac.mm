@@ -42,6 +42,24 @@ public:
         }
         return answer;
     }
+
+    // From the URL the Trash answered back to the original place; the file
+    // manager refuses when something stands there, so nothing is replaced.
+    std::optional<QString> restore(const QByteArray& place, const QByteArray& original) override
+    {
+        @autoreleasepool {
+            NSURL* from = [NSURL fileURLWithFileSystemRepresentation:place.constData()
+                                                         isDirectory:NO
+                                                       relativeToURL:nil];
+            NSURL* to = [NSURL fileURLWithFileSystemRepresentation:original.constData()
+                                                       isDirectory:NO
+                                                     relativeToURL:nil];
+            NSError* error = nil;
+            if ([NSFileManager.defaultManager moveItemAtURL:from toURL:to error:&error])
+                return std::nullopt;
+            return QString::fromNSString(error.localizedDescription);
+        }
+    }
 };
 } // namespace
 

@@ -8,6 +8,7 @@
 #include "scan/BulkRecords.h"
 
 #include <QByteArray>
+#include <QStringBuilder>
 #include <atomic>
 #include <cerrno>
 #include <cstring>

@@ -15,8 +15,6 @@
 #include <QtTest>
 
 #include <algorithm>
-#include <dirent.h>
-#include <fcntl.h>
 #include <thread>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -101,9 +99,8 @@ private Q_SLOTS:
     {
         const QByteArray root = mixedTree("mixed");
         // A sparse file: long, but only one block written.
-        const int fd = ::open(QByteArray(root + "/sparse.img").constData(), O_WRONLY | O_CREAT, 0644);
-        QVERIFY(fd >= 0 && ::pwrite(fd, "x", 1, 512LL * 1024 * 1024) == 1);
-        ::close(fd);
+        writeFile(root + "/sparse.img", 1);
+        QCOMPARE(::truncate(QByteArray(root + "/sparse.img").constData(), 512LL * 1024 * 1024), 0);
         QVERIFY(allocatedBytes(root + "/sparse.img") < 1024 * 1024);
 
         const auto tree = scanTree(root);
@@ -189,13 +186,11 @@ private Q_SLOTS:
         const QByteArray root = makeTree(base() + "/equal", {{"bigger", 64 * 1024}});
         for (int i = 0; i < 40; ++i)
             writeFile(root + "/same" + QByteArray::number(i), 4096);
+        // The listing's own order, as the walk reads it.
         QByteArrayList listed{"bigger"};
-        DIR* dir = ::opendir(root.constData());
-        QVERIFY(dir);
-        while (const dirent* e = ::readdir(dir))
-            if (std::string_view(e->d_name).starts_with("same"))
-                listed.append(e->d_name);
-        ::closedir(dir);
+        for (const QByteArray& name : directoryEntries(root))
+            if (name.startsWith("same"))
+                listed.append(name);
         QByteArrayList order;
         const auto tree = scanTree(root);
         for (const FileNode& child : tree->root()->children())
@@ -406,10 +401,16 @@ private Q_SLOTS:
         QCOMPARE(scanner.workersUsed(), 1);
     }
 
-    void removeChildShrinksEveryAncestor()
+    void findAndRemoveChild()
     {
-        const QByteArray root = mixedTree("removal");
+        const QByteArray root = mixedTree("find");
         const auto tree = scanTree(root);
+        // Find follows only the matching branch.
+        QCOMPARE(tree->find(root), tree->root());
+        QCOMPARE(tree->find(root + "/docs/old")->path(), root + "/docs/old");
+        for (const QByteArray& miss : QByteArrayList{root + "/docs/missing", root + "/docs/", root + "x/docs", "/elsewhere"})
+            QVERIFY2(!tree->find(miss), miss.constData());
+        // Removing a child shrinks every ancestor.
         FileNode* top = tree->root();
         FileNode* docs = tree->find(root + "/docs");
         FileNode* old = tree->find(root + "/docs/old");
@@ -425,16 +426,6 @@ private Q_SLOTS:
         // A whole folder, down to the root.
         QVERIFY(top->removeChild(docs));
         holds(top, root, {"big.bin", "small"});
-    }
-
-    void findFollowsOnlyTheMatchingBranch()
-    {
-        const QByteArray root = mixedTree("find");
-        const auto tree = scanTree(root);
-        QCOMPARE(tree->find(root), tree->root());
-        QCOMPARE(tree->find(root + "/docs/old")->path(), root + "/docs/old");
-        for (const QByteArray& miss : QByteArrayList{root + "/docs/missing", root + "/docs/", root + "x/docs", "/elsewhere"})
-            QVERIFY2(!tree->find(miss), miss.constData());
     }
 
     // The cases that start a process with a child modifier come last: after

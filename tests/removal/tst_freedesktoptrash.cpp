@@ -56,16 +56,11 @@ QByteArray infoPath(const QByteArray& info)
 
 QByteArray randomName(QRandomGenerator& random)
 {
-    QByteArray name;
-    const int length = 1 + int(random.bounded(24));
-    while (name.size() < length) {
-        const char c = char(random.bounded(1, 256));
-        if (c != '/')
-            name.append(c);
-    }
-    if (name == "." || name == "..")
-        name += "x";
-    return name;
+    // Any byte but NUL and '/'; a trailing 'x' keeps "." and ".." out.
+    QByteArray name(1 + qsizetype(random.bounded(24)), 'x');
+    for (char& c : name)
+        c = char(random.bounded(1, 256));
+    return name.replace('/', '_') + 'x';
 }
 
 } // namespace
@@ -198,7 +193,7 @@ private Q_SLOTS:
             QSKIP("needs /dev/shm on a file system of its own");
         // A home trash on another file system sends our item to the top of
         // its own mount, here the test's folder.
-        const QByteArray top = makeTree(base() + "/mount", {{"sub/item", 100}});
+        const QByteArray top = makeTree(base() + "/mount", {{"sub/item", 100}, {"sub/item2", 10}});
         FreedesktopTrash trash(shm() + "/Trash", [&](const QByteArray&) { return top; });
         const Trash::Answer answer = trash.recycle({top + "/sub/item"});
         QVERIFY(!answer.error);
@@ -208,6 +203,19 @@ private Q_SLOTS:
         QVERIFY(contents(own + "/info/item.trashinfo").contains("\nPath=sub/item\n"));
         struct stat facts {};
         QVERIFY(::stat(own.constData(), &facts) == 0 && (facts.st_mode & 0777) == 0700);
+
+        // A top that is no folder holds no trash.
+        writeFile(top + "/not-a-folder", 1);
+        FreedesktopTrash notAFolder(shm() + "/Trash", [&](const QByteArray&) { return top + "/not-a-folder"; });
+        QVERIFY(notAFolder.recycle({top + "/sub/item2"}).failures.value(top + "/sub/item2").noUsableTrash);
+
+        // Through a link into another file system, the path as typed would
+        // climb ours; the trash belongs at the top of theirs.
+        writeFile(shm() + "/item", 1);
+        symlinkAt(shm(), base() + "/into-shm");
+        const QByteArray typed = FreedesktopTrash::mountTopdir(base() + "/into-shm/item");
+        QCOMPARE(typed, FreedesktopTrash::mountTopdir(shm() + "/item"));
+        QVERIFY(!typed.startsWith(base()));
     }
 
     // Shared ground: the top of a mount holds what another user might have
@@ -256,29 +264,6 @@ private Q_SLOTS:
             QVERIFY(present(top + '/' + planted.movedTo));
         }
         QVERIFY(planted.target.isEmpty() || directoryEntries(linked).isEmpty());
-    }
-
-    void topThatIsNoFolderHoldsNoTrash()
-    {
-        if (!m_apart)
-            QSKIP("needs /dev/shm on a file system of its own");
-        const QByteArray top = makeTree(base() + "/vol-unusable", {{"item", 10}, {"not-a-folder", 1}});
-        FreedesktopTrash notAFolder(shm() + "/Trash", [&](const QByteArray&) { return top + "/not-a-folder"; });
-        const Trash::Answer answer = notAFolder.recycle({top + "/item"});
-        QVERIFY(answer.moved.isEmpty() && answer.failures.value(top + "/item").noUsableTrash);
-    }
-
-    void mountsAreFoundFromTheRealFolder()
-    {
-        if (!m_apart)
-            QSKIP("needs /dev/shm on a file system of its own");
-        // Through a link into another file system, the path as typed would
-        // climb ours; the trash belongs at the top of theirs.
-        writeFile(shm() + "/item", 1);
-        symlinkAt(shm(), base() + "/into-shm");
-        const QByteArray typed = FreedesktopTrash::mountTopdir(base() + "/into-shm/item");
-        QCOMPARE(typed, FreedesktopTrash::mountTopdir(shm() + "/item"));
-        QVERIFY(!typed.startsWith(base()));
     }
 
     void longNamesAndNoReplacing()

@@ -2,9 +2,8 @@
 // Linux only: the freedesktop.org Trash can be pointed at the test's folder
 // (XDG_DATA_HOME); on a Mac the command would use the user's own Trash.
 
-#include "TestFiles.h"
+#include "BundleFixture.h"
 #include "TestMain.h"
-#include "uninstaller/PropertyList.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -17,13 +16,6 @@ using namespace tw;
 using namespace tw::test;
 
 namespace {
-
-void writeInfo(const QByteArray& bundle, const char* id, const char* name)
-{
-    makeTree(bundle, {{"Contents/MacOS/main", 8192}});
-    writeBytes(bundle + "/Contents/Info.plist",
-               writePropertyList(QVariantMap{{"CFBundleIdentifier", id}, {"CFBundleName", name}, {"CFBundleExecutable", "main"}}, false));
-}
 
 QStringList entries(const QByteArray& folder)
 {
@@ -40,8 +32,8 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         const QByteArray root = QFile::encodeName(dir.path()), home = root + "/home", library = home + "/Library";
-        writeInfo(root + "/Applications/Foo.app", "com.foo.app", "Foo");
-        writeInfo(root + "/Applications/Bar.app", "com.bar.app", "Bar");
+        makeBundle(root + "/Applications/Foo.app", {{"CFBundleIdentifier", "com.foo.app"}, {"CFBundleName", "Foo"}}, "exe");
+        makeBundle(root + "/Applications/Bar.app", {{"CFBundleIdentifier", "com.bar.app"}, {"CFBundleName", "Bar"}}, "exe");
         makeTree(library, {{"Caches/com.foo.app/blob", 4096}, {"Application Support/Foo"}, {"Group Containers/TEAM.com.foo.app"},
                            {"Caches/com.bar.app"}, {"Application Support/Foobar"}, {"Preferences/com.foo.app.plist", 100},
                            {"Preferences/com.bar.app.plist", 100}});

@@ -4,8 +4,8 @@
 // Library trees built for every rule, with the near misses that must not match.
 
 #include "TestMain.h"
+#include "BundleFixture.h"
 #include "MachOFixture.h"
-#include "TestFiles.h"
 #include "scan/RawFiles.h"
 #include "uninstaller/AppDiscovery.h"
 #include "uninstaller/AppRelatedFiles.h"
@@ -27,35 +27,9 @@ using namespace tw::AppRelatedFiles;
 
 namespace {
 
-void writePlist(const QByteArray& path, const QVariantMap& map, bool binary = false)
-{
-    const QByteArray data = writePropertyList(map, binary);
-    QVERIFY(!data.isEmpty());
-    writeBytes(path, data);
-}
-
-// A bundle with an Info.plist and, if given, a main executable.
-void makeBundle(const QByteArray& path, QVariantMap info, const QByteArray& executable = {},
-                bool binary = false)
-{
-    if (!executable.isEmpty()) {
-        info.insert(QStringLiteral("CFBundleExecutable"), QStringLiteral("main"));
-        writeBytes(path + "/Contents/MacOS/main", executable);
-    }
-    writePlist(path + "/Contents/Info.plist", info, binary);
-}
-
 QVariantMap ident(const QByteArray& id)
 {
     return {{"CFBundleIdentifier", QString::fromLatin1(id)}};
-}
-
-QStringList names(const std::vector<std::unique_ptr<InstalledApp>>& apps)
-{
-    QStringList list;
-    for (const auto& app : apps)
-        list.append(app->name());
-    return list;
 }
 
 QStringList relativePaths(const QList<RelatedFile>& files, const QByteArray& base)
@@ -106,7 +80,10 @@ private Q_SLOTS:
         makeBundle(home + "/Applications/Foo.app", ident("com.example.foo"));
 
         const auto found = AppDiscovery::listInstalledApps({apps, home + "/Applications"});
-        QCOMPARE(names(found), (QStringList{"bar", "Deep", "Foo", "Foo", "Outer", "Shout", "Tool"}));
+        QStringList names;
+        for (const auto& app : found)
+            names.append(app->name());
+        QCOMPARE(names, (QStringList{"bar", "Deep", "Foo", "Foo", "Outer", "Shout", "Tool"}));
         QCOMPARE(QByteArrayList({found[2]->url(), found[3]->url()}), QByteArrayList({apps + "/Foo.app", home + "/Applications/Foo.app"}));
         QCOMPARE(found[2]->version(), std::optional<QString>("2.1"));
         QCOMPARE(found[0]->version(), std::optional<QString>("7"));

@@ -3,6 +3,7 @@
 // Helpers for tests that build real file trees on disk.
 
 #include "scan/FileNode.h"
+#include "scan/RawFiles.h"
 #include "scan/Scanner.h"
 
 #include <QByteArray>
@@ -50,6 +51,24 @@ inline void makeDir(const QByteArray& path)
     QVERIFY2(::mkdir(path.constData(), 0755) == 0, path.constData());
 }
 
+inline void symlinkAt(const QByteArray& target, const QByteArray& path)
+{
+    QVERIFY2(::symlink(target.constData(), path.constData()) == 0, path.constData());
+}
+
+// Whether anything, a dangling link too, stands at `path`.
+inline bool present(const QByteArray& path)
+{
+    struct stat facts {};
+    return ::lstat(path.constData(), &facts) == 0;
+}
+
+// A file's bytes; empty when it cannot be read.
+inline QByteArray contents(const QByteArray& path)
+{
+    return readFileBytes(path, 1 << 30).value_or(QByteArray());
+}
+
 // What the file system says the file occupies: the figure a scan must report.
 inline qint64 allocatedBytes(const QByteArray& path)
 {
@@ -69,6 +88,11 @@ inline void removeTree(const QByteArray& path)
             return 0;
         },
         16, FTW_DEPTH | FTW_PHYS);
+}
+
+inline QByteArray nameOf(const FileNode& node)
+{
+    return QByteArray(node.name().data(), qsizetype(node.name().size()));
 }
 
 inline const FileNode* childNamed(const FileNode& parent, std::string_view name)

@@ -36,10 +36,10 @@ private:
         makeTree(sys + '/' + device, {{"queue"}});
         if (!rotational.isEmpty())
             writeBytes(sys + '/' + device + "/queue/rotational", rotational + "\n");
-        ::symlink(QByteArray("../../" + device).constData(), QByteArray(sys + "/dev/block/8:0").constData());
+        symlinkAt("../../" + device, sys + "/dev/block/8:0");
         if (withPartition) {
             writeBytes(sys + '/' + device + '/' + disk + "1/partition", "1\n");
-            ::symlink(QByteArray("../../" + device + '/' + disk + "1").constData(), QByteArray(sys + "/dev/block/8:1").constData());
+            symlinkAt("../../" + device + '/' + disk + "1", sys + "/dev/block/8:1");
         }
         return sys;
     }
@@ -91,15 +91,13 @@ private Q_SLOTS:
             "41 40 0:45 /sub /home/me/remote/deeper rw - fuse.other x rw\n"
             "42 22 0:46 / /mnt/my\\040share rw - cifs //server/share rw\n"
             "garbage line\n";
-        QCOMPARE(linuxvolume::mountType(table, 0, 45, "/home/me/remote/docs"), std::optional<QByteArray>("fuse.sshfs"));
-        // The longest mount point holding the path wins.
-        QCOMPARE(linuxvolume::mountType(table, 0, 45, "/home/me/remote/deeper/x"),
-                 std::optional<QByteArray>("fuse.other"));
-        // A prefix of the name is not a parent folder.
-        QVERIFY(!linuxvolume::mountType(table, 0, 45, "/home/me/remotely"));
-        QCOMPARE(linuxvolume::mountType(table, 0, 46, "/mnt/my share/a"), std::optional<QByteArray>("cifs"));
-        QCOMPARE(linuxvolume::mountType(table, 254, 1, "/etc"), std::optional<QByteArray>("ext4"));
-        QVERIFY(!linuxvolume::mountType(table, 9, 9, "/etc"));
+        // The longest mount point holding the path wins; a prefix of the
+        // name is not a parent folder; no such device, no type.
+        for (const auto& [major, minor, path, type] :
+             {std::tuple<unsigned, unsigned, QByteArray, QByteArray>{0, 45, "/home/me/remote/docs", "fuse.sshfs"},
+              {0, 45, "/home/me/remote/deeper/x", "fuse.other"}, {0, 45, "/home/me/remotely", {}},
+              {0, 46, "/mnt/my share/a", "cifs"}, {254, 1, "/etc", "ext4"}, {9, 9, "/etc", {}}})
+            QCOMPARE(linuxvolume::mountType(table, major, minor, path).value_or(QByteArray()), type);
     }
 
     void realSystemAnswers()

@@ -8,9 +8,11 @@
 #include "scan/BulkRecords.h"
 
 #include <QByteArray>
+#include <QStringBuilder>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <deque>
 #include <dirent.h>
 #include <fcntl.h>
 #include <map>
@@ -36,15 +38,11 @@ inline QByteArray le64(std::uint64_t value)
 inline QByteArray bulkRecord(const bulk::AttributeSet& returned, const QByteArray& name,
                              const QByteArray& fields)
 {
-    QByteArray out = le32(0) + le32(returned.common) + le32(returned.volume) +
-                     le32(returned.directory) + le32(returned.file) + le32(returned.fork);
-    out += le32(std::uint32_t(8 + fields.size())) + le32(std::uint32_t(name.size() + 1)) + fields +
-           name + '\0';
-    while (out.size() % 8)
-        out += '\0';
-    const QByteArray length = le32(std::uint32_t(out.size()));
-    out.replace(0, 4, length);
-    return out;
+    QByteArray out = le32(returned.common) + le32(returned.volume) + le32(returned.directory)
+        + le32(returned.file) + le32(returned.fork) + le32(std::uint32_t(8 + fields.size()))
+        + le32(std::uint32_t(name.size() + 1)) + fields + name + '\0';
+    out.append((12 - out.size() % 8) % 8, '\0');
+    return le32(std::uint32_t(out.size() + 4)) + out;
 }
 
 class FakeBulkLister final : public BulkLister {
@@ -58,82 +56,45 @@ public:
         struct stat folder {};
         if (::fstat(fd, &folder) != 0)
             return -1;
-        if (const auto refused = refusedFolders.find(folder.st_ino);
-            refused != refusedFolders.end()) {
+        if (const auto refused = refusedFolders.find(folder.st_ino); refused != refusedFolders.end()) {
             errno = refused->second;
             return -1;
         }
-        Cursor& cursor = cursorOfThisThread();
-        if (cursor.device != folder.st_dev || cursor.inode != folder.st_ino) {
-            cursor.reset();
-            const int own = ::openat(fd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-            cursor.dir = own < 0 ? nullptr : ::fdopendir(own);
-            if (!cursor.dir) {
-                if (own >= 0)
-                    ::close(own);
+        // A walker lists one folder at a time on its thread: the whole listing
+        // is read at the first call, then handed out as the buffers allow.
+        thread_local Listing listing;
+        if (listing.device != folder.st_dev || listing.inode != folder.st_ino) {
+            listing = {folder.st_dev, folder.st_ino, {}};
+            DIR* dir = ::fdopendir(::openat(fd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            if (!dir)
                 return -1;
-            }
-            cursor.device = folder.st_dev;
-            cursor.inode = folder.st_ino;
+            while (const dirent* entry = ::readdir(dir))
+                if (std::strcmp(entry->d_name, ".") && std::strcmp(entry->d_name, ".."))
+                    listing.records.push_back(record(fd, entry->d_name));
+            ::closedir(dir);
         }
         int count = 0;
-        std::size_t used = 0;
-        while (cursor.dir) {
-            if (cursor.pending.isEmpty()) {
-                errno = 0;
-                const dirent* entry = ::readdir(cursor.dir);
-                if (!entry) {
-                    if (errno)
-                        return -1;
-                    ::closedir(cursor.dir); // ended: the next call gives 0
-                    cursor.dir = nullptr;
-                    break;
-                }
-                if (!std::strcmp(entry->d_name, ".") || !std::strcmp(entry->d_name, ".."))
-                    continue;
-                cursor.pending = record(fd, entry->d_name);
+        for (std::size_t used = 0; !listing.records.empty(); ++count) {
+            const QByteArray& next = listing.records.front();
+            if (used + std::size_t(next.size()) > size) {
+                errno = ERANGE; // read only when not even one record fits
+                return count ? count : -1;
             }
-            if (used + std::size_t(cursor.pending.size()) > size) {
-                if (count == 0) {
-                    errno = ERANGE;
-                    return -1;
-                }
-                return count;
-            }
-            std::memcpy(buffer + used, cursor.pending.constData(),
-                        std::size_t(cursor.pending.size()));
-            used += std::size_t(cursor.pending.size());
-            cursor.pending.clear();
-            ++count;
+            std::memcpy(buffer + used, next.constData(), std::size_t(next.size()));
+            used += std::size_t(next.size());
+            listing.records.pop_front();
         }
         if (count == 0)
-            cursor.reset();
+            listing = {};
         return count;
     }
 
 private:
-    struct Cursor {
-        DIR* dir = nullptr;
+    struct Listing {
         dev_t device = 0;
         ino_t inode = 0;
-        QByteArray pending; // the record that did not fit
-        void reset()
-        {
-            if (dir)
-                ::closedir(dir);
-            dir = nullptr;
-            device = 0;
-            inode = 0;
-            pending.clear();
-        }
-        ~Cursor() { reset(); }
+        std::deque<QByteArray> records;
     };
-    // A walker lists one folder at a time on its thread.
-    static Cursor& cursorOfThisThread()
-    {
-        thread_local Cursor cursor;
-        return cursor;
-    }
 
     QByteArray record(int fd, const char* name) const
     {
@@ -142,35 +103,24 @@ private:
         if (::fstatat(fd, name, &facts, AT_SYMLINK_NOFOLLOW) != 0)
             return bulkRecord({kCommonReturned | kCommonName | kCommonError, 0, 0, 0, 0}, name,
                               le32(std::uint32_t(errno)));
-        const std::uint32_t flags = dataless.count(name) ? kDatalessFlag : 0;
-        const bool dropped = dropEvery > 0 && ++m_seen % dropEvery == 0;
-        std::uint32_t type = kFifo;
-        if (S_ISREG(facts.st_mode))
-            type = kRegular;
-        else if (S_ISDIR(facts.st_mode))
-            type = kDirectory;
-        else if (S_ISLNK(facts.st_mode))
-            type = kLink;
-        AttributeSet set{kCommonReturned | kCommonName | kCommonDevice | kCommonFlags |
-                             kCommonFileId | kCommonError,
+        const std::uint32_t type = S_ISREG(facts.st_mode) ? kRegular
+            : S_ISDIR(facts.st_mode)                      ? kDirectory
+            : S_ISLNK(facts.st_mode)                      ? kLink
+                                                          : kFifo;
+        const QByteArray flags = le32(dataless.count(name) ? kDatalessFlag : 0) + le64(facts.st_ino) + le32(0);
+        const QByteArray device = le32(std::uint32_t(facts.st_dev));
+        AttributeSet set{kCommonReturned | kCommonName | kCommonDevice | kCommonFlags | kCommonFileId | kCommonError,
                          0, 0, 0, 0};
-        const std::uint64_t allocated = std::uint64_t(facts.st_blocks) * 512;
-        QByteArray fields = le32(std::uint32_t(facts.st_dev));
-        if (!dropped) {
-            set.common |= kCommonObjectType;
-            fields += le32(type);
-        }
-        fields += le32(flags) + le64(facts.st_ino) + le32(0);
-        if (dropped)
-            return bulkRecord(set, name, fields);
-        if (type == kDirectory) {
+        if (dropEvery > 0 && ++m_seen % dropEvery == 0)
+            return bulkRecord(set, name, device + flags);
+        set.common |= kCommonObjectType;
+        const QByteArray allocated = le64(std::uint64_t(facts.st_blocks) * 512);
+        if (type == kDirectory)
             set.directory = kDirAllocatedSize;
-            fields += le64(allocated);
-        } else {
+        else
             set.file = kFileLinkCount | kFileAllocatedSize;
-            fields += le32(std::uint32_t(facts.st_nlink)) + le64(allocated);
-        }
-        return bulkRecord(set, name, fields);
+        return bulkRecord(set, name, device + le32(type) + flags
+                              + (type == kDirectory ? allocated : le32(std::uint32_t(facts.st_nlink)) + allocated));
     }
 
     mutable std::atomic<int> m_seen{0};

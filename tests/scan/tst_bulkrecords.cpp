@@ -27,24 +27,28 @@ QByteArray patched(QByteArray bytes, int at, const QByteArray& with)
 {
     return bytes.replace(at, with.size(), with);
 }
-// A row of readsWhatTheLayoutHolds whose buffer yields nothing and is malformed.
-void malformedRow(const char* tag, const QByteArray& buffer, int count = 1)
-{
-    QTest::newRow(tag) << buffer << count << 0 << QByteArrayList{} << QList<bool>{} << true;
-}
+
+// A buffer of `count` records, placed `offset` bytes into memory, and what
+// the reader must make of it: the names, whether each entry is complete,
+// and whether the buffer was malformed. By default: malformed, nothing read.
+struct Layout {
+    QByteArray buffer;
+    int count = 1;
+    QByteArrayList names = {};
+    QList<bool> complete = {};
+    bool malformed = true;
+    int offset = 0;
+};
 } // namespace
+
+Q_DECLARE_METATYPE(Layout)
 
 class BulkRecordsTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void readsWhatTheLayoutHolds_data()
     {
-        QTest::addColumn<QByteArray>("buffer");
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("offset"); // where in memory the buffer starts
-        QTest::addColumn<QByteArrayList>("names");
-        QTest::addColumn<QList<bool>>("complete");
-        QTest::addColumn<bool>("malformed");
+        QTest::addColumn<Layout>("layout");
 
         const AttributeSet dirSet{kFileSet.common, 0, kDirAllocatedSize, 0, 0};
         const QByteArray folder = bulkRecord(dirSet, "Photos", le32(7) + le32(kDirectory) + le32(kDatalessFlag)
@@ -55,38 +59,31 @@ private Q_SLOTS:
         // A file whose allocated size did not come back.
         const QByteArray noSize = bulkRecord({kFileSet.common, 0, 0, kFileLinkCount, 0}, "partial",
                                              le32(7) + le32(kRegular) + le32(0) + le64(44) + le32(0) + le32(1));
-        QTest::newRow("file, folder, failed, partial") << kFile + folder + failed + noSize << 4 << 0
-                                                        << QByteArrayList{"report.pdf", "Photos", "gone", "partial"}
-                                                        << QList<bool>{true, true, false, false} << false;
-        QTest::newRow("count stops before the buffer does") << kFile + folder << 1 << 0 << QByteArrayList{"report.pdf"}
-                                                             << QList<bool>{true} << false;
-        QTest::newRow("buffer at an odd address") << kFile << 1 << 1 << QByteArrayList{"report.pdf"} << QList<bool>{true}
-                                                  << false;
-        malformedRow("truncated record", kFile.left(kFile.size() - 8));
-        QTest::newRow("count beyond the buffer") << kFile << 2 << 0 << QByteArrayList{"report.pdf"}
-                                                 << QList<bool>{true} << true;
-        malformedRow("length not a multiple of 4", patched(kFile, 0, le32(std::uint32_t(kFile.size() - 1))));
-        malformedRow("length of zero", patched(kFile, 0, le32(0)));
-        malformedRow("length shorter than its attributes", patched(kFile, 0, le32(40)) + kFile, 2);
-        malformedRow("name reference past the record", patched(kFile, 24, le32(4000)));
-        malformedRow("name without its NUL", patched(kFile, 28, le32(10)));
-        malformedRow("name with a slash", bulkRecord(kFileSet, "a/b", kFileFields));
-        malformedRow("attribute never asked for", patched(kFile, 4, le32(kFileSet.common | 0x4)));
-        malformedRow("no name", patched(kFile, 4, le32(kFileSet.common & ~kCommonName)));
-        QTest::newRow("nothing") << QByteArray() << 0 << 0 << QByteArrayList{} << QList<bool>{} << false;
+        QTest::newRow("file, folder, failed, partial")
+            << Layout{kFile + folder + failed + noSize, 4, {"report.pdf", "Photos", "gone", "partial"},
+                      {true, true, false, false}, false};
+        QTest::newRow("count stops before the buffer does") << Layout{kFile + folder, 1, {"report.pdf"}, {true}, false};
+        QTest::newRow("buffer at an odd address") << Layout{kFile, 1, {"report.pdf"}, {true}, false, 1};
+        QTest::newRow("truncated record") << Layout{kFile.left(kFile.size() - 8)};
+        QTest::newRow("count beyond the buffer") << Layout{kFile, 2, {"report.pdf"}, {true}};
+        QTest::newRow("length not a multiple of 4") << Layout{patched(kFile, 0, le32(std::uint32_t(kFile.size() - 1)))};
+        QTest::newRow("length of zero") << Layout{patched(kFile, 0, le32(0))};
+        QTest::newRow("length shorter than its attributes") << Layout{patched(kFile, 0, le32(40)) + kFile, 2};
+        QTest::newRow("name reference past the record") << Layout{patched(kFile, 24, le32(4000))};
+        QTest::newRow("name without its NUL") << Layout{patched(kFile, 28, le32(10))};
+        QTest::newRow("name with a slash") << Layout{bulkRecord(kFileSet, "a/b", kFileFields)};
+        QTest::newRow("attribute never asked for") << Layout{patched(kFile, 4, le32(kFileSet.common | 0x4))};
+        QTest::newRow("no name") << Layout{patched(kFile, 4, le32(kFileSet.common & ~kCommonName))};
+        QTest::newRow("nothing") << Layout{{}, 0, {}, {}, false};
     }
     void readsWhatTheLayoutHolds()
     {
-        QFETCH(QByteArray, buffer);
-        QFETCH(int, count);
-        QFETCH(int, offset);
-        QFETCH(QByteArrayList, names);
-        QFETCH(QList<bool>, complete);
-        QFETCH(bool, malformed);
+        QFETCH(Layout, layout);
         // Only the buffer's own bytes are readable (ASan sees any read beyond).
-        std::vector<unsigned char> memory(std::size_t(offset + buffer.size()));
-        std::copy(buffer.begin(), buffer.end(), memory.begin() + offset);
-        RecordReader reader(memory.data() + offset, std::size_t(buffer.size()), count);
+        const auto offset = std::size_t(layout.offset);
+        std::vector<unsigned char> memory(offset + std::size_t(layout.buffer.size()));
+        std::copy(layout.buffer.begin(), layout.buffer.end(), memory.begin() + layout.offset);
+        RecordReader reader(memory.data() + offset, std::size_t(layout.buffer.size()), layout.count);
         Entry entry;
         QByteArrayList seen;
         QList<bool> whole;
@@ -100,9 +97,9 @@ private Q_SLOTS:
                 QCOMPARE(entry.linkCount, entry.objectType == kDirectory ? 0u : 2u);
             }
         }
-        QCOMPARE(seen, names);
-        QCOMPARE(whole, complete);
-        QCOMPARE(reader.malformed(), malformed);
+        QCOMPARE(seen, layout.names);
+        QCOMPARE(whole, layout.complete);
+        QCOMPARE(reader.malformed(), layout.malformed);
     }
 
     // The fuzzer's seeds, written apart from this code by fuzz/make_corpus.py.

@@ -7,6 +7,7 @@
 #include <QtTest>
 
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace std::chrono_literals;
@@ -14,6 +15,9 @@ using tw::ScanMonitor;
 using tw::ScanProgress;
 
 namespace {
+// How many reports left, and the last one's path, files, bytes and rate.
+using Said = std::tuple<size_t, QString, qint64, qint64, double>;
+
 // A started monitor on a hand-moved clock, keeping every report.
 struct Watched {
     ScanMonitor::Clock::time_point at{std::chrono::hours(1000)};
@@ -25,6 +29,11 @@ struct Watched {
     {
         at += wait;
         monitor.addToCounters(bytes, files);
+    }
+    Said said() const
+    {
+        const ScanProgress& last = reports.back();
+        return {reports.size(), last.currentPath, last.filesScanned, last.bytesScanned, last.filesPerSecond};
     }
 };
 } // namespace
@@ -38,8 +47,7 @@ private Q_SLOTS:
         Watched w;
         // The first report of a scan always leaves.
         w.monitor.reportPath("/a");
-        QCOMPARE(w.reports.size(), size_t(1));
-        QCOMPARE(w.reports.back().currentPath, QStringLiteral("/a"));
+        QCOMPARE(w.said(), Said(1, "/a", 0, 0, 0));
         // Within 0.08 s nothing leaves, whether a path or a file...
         w.at += 50ms;
         w.monitor.reportPath("/a/b");
@@ -47,22 +55,15 @@ private Q_SLOTS:
         QCOMPARE(w.reports.size(), size_t(1));
         // ...but the newer path is what the next report carries.
         w.add(30ms, 100, 1);
-        QCOMPARE(w.reports.size(), size_t(2));
-        QCOMPARE(w.reports.back().currentPath, QStringLiteral("/a/b"));
-        QCOMPARE(w.reports.back().filesScanned, 2);
-        QCOMPARE(w.reports.back().bytesScanned, 4196);
+        QCOMPARE(w.said(), Said(2, "/a/b", 2, 4196, 0));
         // The final report is never throttled and brings the totals.
         w.add(0ms, 1, 1);
         w.monitor.reportFinal();
-        QCOMPARE(w.reports.size(), size_t(3));
-        QCOMPARE(w.reports.back().filesScanned, 3);
-        QCOMPARE(w.reports.back().bytesScanned, 4197);
+        QCOMPARE(w.said(), Said(3, "/a/b", 3, 4197, 0));
         // Even with nothing counted.
         Watched empty;
         empty.monitor.reportFinal();
-        QCOMPARE(empty.reports.size(), size_t(1));
-        QCOMPARE(empty.reports[0].filesScanned, 0);
-        QCOMPARE(empty.reports[0].filesPerSecond, 0.0);
+        QCOMPARE(empty.said(), Said(1, "", 0, 0, 0));
     }
 
     void rateIsAWindowOfHalfASecondOrMore()
@@ -71,20 +72,18 @@ private Q_SLOTS:
         // Reports within the first half second carry no rate.
         for (int i = 0; i < 4; ++i)
             w.add(100ms, 10, 100);
-        QCOMPARE(w.reports.size(), size_t(4));
-        for (const auto& r : w.reports)
-            QCOMPARE(r.filesPerSecond, 0.0);
+        QCOMPARE(w.said(), Said(4, "", 400, 40, 0));
         // At 0.5 s: 500 files over 0.5 s.
         w.add(100ms, 10, 100);
-        QCOMPARE(w.reports.back().filesPerSecond, 1000.0);
+        QCOMPARE(w.said(), Said(5, "", 500, 50, 1000));
         // The next window starts there: 300 files in 0.6 s, unsmoothed.
         for (int i = 0; i < 3; ++i)
             w.add(200ms, 10, 100);
-        QCOMPARE(w.reports.back().filesPerSecond, 500.0);
+        QCOMPARE(w.said(), Said(8, "", 800, 80, 500));
         // Paths keep the last rate and do not recompute it.
         w.at += 5s;
         w.monitor.reportPath("/x");
-        QCOMPARE(w.reports.back().filesPerSecond, 500.0);
+        QCOMPARE(w.said(), Said(9, "/x", 800, 80, 500));
     }
 
     void stallRaisesASkipAfterTheThreshold()
@@ -94,8 +93,7 @@ private Q_SLOTS:
         QVERIFY(!w.monitor.checkStall()); // exactly at the threshold: not yet
         QVERIFY(!w.monitor.skipRequested());
         w.at += 1s;
-        QVERIFY(w.monitor.checkStall());
-        QVERIFY(w.monitor.skipRequested());
+        QVERIFY(w.monitor.checkStall() && w.monitor.skipRequested());
         w.monitor.clearSkip();
         // A fresh period follows the skip.
         w.at += 19s;
@@ -111,9 +109,7 @@ private Q_SLOTS:
         // A cancelled scan never skips.
         w.monitor.cancel();
         w.at += 1h;
-        QVERIFY(!w.monitor.checkStall());
-        QVERIFY(!w.monitor.skipRequested());
-        QVERIFY(w.monitor.isCancelled());
+        QVERIFY(!w.monitor.checkStall() && !w.monitor.skipRequested() && w.monitor.isCancelled());
     }
 
     void countersAreExactAcrossThreads()
@@ -129,9 +125,8 @@ private Q_SLOTS:
             });
         for (auto& t : threads)
             t.join();
-        const ScanProgress last = monitor.snapshot();
-        QCOMPARE(last.filesScanned, 200000);
-        QCOMPARE(last.bytesScanned, 600000);
+        QCOMPARE(monitor.snapshot().filesScanned, 200000);
+        QCOMPARE(monitor.snapshot().bytesScanned, 600000);
         QVERIFY(reports >= 1);
     }
 };

@@ -112,16 +112,13 @@ private Q_SLOTS:
     void systemRunnerStartsToolsDirectly()
     {
         const ProcessRunner& system = systemProcessRunner();
-        // Both outputs through one pipe, in the order they were written.
-        QCOMPARE(SnapshotService::runTool(QStringLiteral("/bin/sh"),
-                                          {QStringLiteral("-c"), QStringLiteral("echo out; echo err >&2; exit 3")},
-                                          system),
-                 QStringLiteral("out\nerr\n"));
-        // No shell between: its characters arrive as they are.
-        QCOMPARE(SnapshotService::runTool(QStringLiteral("/bin/echo"), {QStringLiteral("a;b $HOME `x`")}, system),
-                 QStringLiteral("a;b $HOME `x`\n"));
-        QCOMPARE(SnapshotService::runTool(QStringLiteral("/nonexistent/tool"), {}, system), QString());
-        QCOMPARE(SnapshotService::runTool(QStringLiteral("/bin/printf"), {QStringLiteral("\\377")}, system), QString());
+        // Both outputs through one pipe, in the order they were written; no
+        // shell between, so characters arrive as they are; nothing from a
+        // tool that is not there, or from output that is not UTF-8.
+        for (const auto& [program, arguments, said] :
+             {std::tuple<QString, QStringList, QString>{"/bin/sh", {"-c", "echo out; echo err >&2; exit 3"}, "out\nerr\n"},
+              {"/bin/echo", {"a;b $HOME `x`"}, "a;b $HOME `x`\n"}, {"/nonexistent/tool", {}, {}}, {"/bin/printf", {"\\377"}, {}}})
+            QCOMPARE(SnapshotService::runTool(program, arguments, system), said);
         // Without tmutil (Linux) there are no snapshots, so no reclaim button.
         if (!QFile::exists(QLatin1String(SnapshotService::kTool)))
             QVERIFY(SnapshotService::listLocalSnapshots(QStringLiteral("/"), system).empty());
@@ -135,9 +132,9 @@ private Q_SLOTS:
 
         // What came back, and what the user reads; less free space than before
         // (something else filled the disk meanwhile) reads as nothing freed.
-        for (const auto& c : {std::tuple{3 * kGB, 3 * kGB, fillText(text("snapshots.result.freed"), formatBytes(3 * kGB))},
-                              std::tuple{-kGB, 0LL, text("snapshots.result.none")}}) {
-            const auto& [change, freed, message] = c;
+        for (const auto& [change, freed, message] :
+             {std::tuple{3 * kGB, 3 * kGB, fillText(text("snapshots.result.freed"), formatBytes(3 * kGB))},
+              std::tuple{-kGB, 0LL, text("snapshots.result.none")}}) {
             m_tool.listing = kThree;
             m_tool.onThin = [this, change = change] {
                 m_volume.free += change;

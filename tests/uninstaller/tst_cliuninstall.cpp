@@ -2,9 +2,8 @@
 // Linux only: the freedesktop.org Trash can be pointed at the test's folder
 // (XDG_DATA_HOME); on a Mac the command would use the user's own Trash.
 
-#include "TestFiles.h"
+#include "BundleFixture.h"
 #include "TestMain.h"
-#include "uninstaller/PropertyList.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -18,18 +17,9 @@ using namespace tw::test;
 
 namespace {
 
-void writeInfo(const QByteArray& bundle, const char* id, const char* name)
-{
-    makeTree(bundle, {{"Contents/MacOS/main", 8192}});
-    writeBytes(bundle + "/Contents/Info.plist",
-               writePropertyList(QVariantMap{{"CFBundleIdentifier", id}, {"CFBundleName", name}, {"CFBundleExecutable", "main"}}, false));
-}
-
 QStringList entries(const QByteArray& folder)
 {
-    QStringList list = QDir(QFile::decodeName(folder)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
-    list.sort();
-    return list;
+    return QDir(QFile::decodeName(folder)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
 }
 
 } // namespace
@@ -42,8 +32,8 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         const QByteArray root = QFile::encodeName(dir.path()), home = root + "/home", library = home + "/Library";
-        writeInfo(root + "/Applications/Foo.app", "com.foo.app", "Foo");
-        writeInfo(root + "/Applications/Bar.app", "com.bar.app", "Bar");
+        makeBundle(root + "/Applications/Foo.app", {{"CFBundleIdentifier", "com.foo.app"}, {"CFBundleName", "Foo"}}, "exe");
+        makeBundle(root + "/Applications/Bar.app", {{"CFBundleIdentifier", "com.bar.app"}, {"CFBundleName", "Bar"}}, "exe");
         makeTree(library, {{"Caches/com.foo.app/blob", 4096}, {"Application Support/Foo"}, {"Group Containers/TEAM.com.foo.app"},
                            {"Caches/com.bar.app"}, {"Application Support/Foobar"}, {"Preferences/com.foo.app.plist", 100},
                            {"Preferences/com.bar.app.plist", 100}});
@@ -67,8 +57,7 @@ private Q_SLOTS:
 
         const auto [dryStatus, dry] = run({QStringLiteral("--dry-run")});
         QVERIFY(dryStatus == 0 && dry.value("items").toArray().size() == 5);
-        QVERIFY(!QFile::exists(QFile::decodeName(root + "/xdg/Trash/files")) ||
-                entries(root + "/xdg/Trash/files").isEmpty());
+        QVERIFY(entries(root + "/xdg/Trash/files").isEmpty());
 
         const auto [status, out] = run({});
         QCOMPARE(status, 0);
@@ -85,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(entries(root + "/xdg/Trash/files"), (QStringList{"Foo", "Foo.app", "com.foo.app", "com.foo.app.plist"}));
         QCOMPARE(entries(root + "/xdg/Trash/info"), (QStringList{"Foo.app.trashinfo", "Foo.trashinfo", "com.foo.app.plist.trashinfo",
                                                                "com.foo.app.trashinfo"}));
-        QVERIFY(QFile::exists(QFile::decodeName(root + "/xdg/Trash/files/com.foo.app/blob")));
+        QVERIFY(present(root + "/xdg/Trash/files/com.foo.app/blob"));
         // Nothing of Bar's, nor the shared container, moved.
         QCOMPARE(entries(library + "/Caches"), QStringList{"com.bar.app"});
         QCOMPARE(entries(library + "/Preferences"), QStringList{"com.bar.app.plist"});

@@ -4,8 +4,8 @@
 // Library trees built for every rule, with the near misses that must not match.
 
 #include "TestMain.h"
+#include "BundleFixture.h"
 #include "MachOFixture.h"
-#include "TestFiles.h"
 #include "scan/RawFiles.h"
 #include "uninstaller/AppDiscovery.h"
 #include "uninstaller/AppRelatedFiles.h"
@@ -27,35 +27,9 @@ using namespace tw::AppRelatedFiles;
 
 namespace {
 
-void writePlist(const QByteArray& path, const QVariantMap& map, bool binary = false)
-{
-    const QByteArray data = writePropertyList(map, binary);
-    QVERIFY(!data.isEmpty());
-    writeBytes(path, data);
-}
-
-// A bundle with an Info.plist and, if given, a main executable.
-void makeBundle(const QByteArray& path, QVariantMap info, const QByteArray& executable = {},
-                bool binary = false)
-{
-    if (!executable.isEmpty()) {
-        info.insert(QStringLiteral("CFBundleExecutable"), QStringLiteral("main"));
-        writeBytes(path + "/Contents/MacOS/main", executable);
-    }
-    writePlist(path + "/Contents/Info.plist", info, binary);
-}
-
 QVariantMap ident(const QByteArray& id)
 {
     return {{"CFBundleIdentifier", QString::fromLatin1(id)}};
-}
-
-QStringList names(const std::vector<std::unique_ptr<InstalledApp>>& apps)
-{
-    QStringList list;
-    for (const auto& app : apps)
-        list.append(app->name());
-    return list;
 }
 
 QStringList relativePaths(const QList<RelatedFile>& files, const QByteArray& base)
@@ -100,13 +74,16 @@ private Q_SLOTS:
                                        {"/Vendor/Suite/Deep.app", "deep"}, {"/A/B/C/TooDeep.app", "toodeep"},
                                        {"/.Hidden.app", "hidden"}})
             makeBundle(apps + path, ident(QByteArray("com.example.") + id));
-        QVERIFY(::symlink(QByteArray(apps + "/Foo.app").constData(), QByteArray(apps + "/Alias.app").constData()) == 0);
+        symlinkAt(apps + "/Foo.app", apps + "/Alias.app");
         // A second root with a copy of Foo: two rows, /Applications first.
         const QByteArray home = base() + "/home";
         makeBundle(home + "/Applications/Foo.app", ident("com.example.foo"));
 
         const auto found = AppDiscovery::listInstalledApps({apps, home + "/Applications"});
-        QCOMPARE(names(found), (QStringList{"bar", "Deep", "Foo", "Foo", "Outer", "Shout", "Tool"}));
+        QStringList names;
+        for (const auto& app : found)
+            names.append(app->name());
+        QCOMPARE(names, (QStringList{"bar", "Deep", "Foo", "Foo", "Outer", "Shout", "Tool"}));
         QCOMPARE(QByteArrayList({found[2]->url(), found[3]->url()}), QByteArrayList({apps + "/Foo.app", home + "/Applications/Foo.app"}));
         QCOMPARE(found[2]->version(), std::optional<QString>("2.1"));
         QCOMPARE(found[0]->version(), std::optional<QString>("7"));
@@ -154,7 +131,7 @@ private Q_SLOTS:
         makeBundle(bundle, ident("com.e.big"));
         makeTree(resources, {{"data", 64 * 1024}});
         QVERIFY(::link(QByteArray(resources + "/data").constData(), QByteArray(resources + "/again").constData()) == 0);
-        QVERIFY(::symlink("data", QByteArray(resources + "/link").constData()) == 0);
+        symlinkAt("data", resources + "/link");
         const qint64 data = allocatedBytes(resources + "/data");
         QCOMPARE(allocatedSize(bundle), data + allocatedBytes(bundle + "/Contents/Info.plist"));
         QCOMPARE(allocatedSize(resources + "/data"), data);
@@ -229,7 +206,7 @@ private Q_SLOTS:
         makeBundle(app + "/Contents/Frameworks/Loud.FRAMEWORK/XPCServices/Found.xpc", ident("com.vendor.loud.xpc"));
         // A nested bundle that cannot be opened still has its signature read.
         writeBytes(app + "/Contents/XPCServices/Broken.xpc", signedWithGroups({"group.broken"}));
-        QVERIFY(::symlink(QByteArray(base() + "/identity").constData(), QByteArray(app + "/Contents/Link.app").constData()) == 0);
+        symlinkAt(base() + "/identity", app + "/Contents/Link.app");
 
         const Identity identity = Identity::build("com.example.foo", "Foo", app);
         QCOMPARE(identity.bundleIDs, (QSet<QString>{"com.example.foo", "com.example.foo.helper", "com.example.foo.login",
@@ -328,8 +305,7 @@ private Q_SLOTS:
         writePlist(containers + "0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0" + metadata,
                    {{"MCMMetadataIdentifier", "com.example.foo"}}, true);
         writePlist(containers + "AAAAAAAA-BBBB-CCCC-DDDD-EEEEEEEEEEEE" + metadata, {{"MCMMetadataIdentifier", "com.other.app"}});
-        QVERIFY(::symlink(QByteArray(root + "/elsewhere").constData(),
-                          QByteArray(home + "/Library/Application Support/Linked").constData()) == 0);
+        symlinkAt(root + "/elsewhere", home + "/Library/Application Support/Linked");
 
         const QList<RelatedFile> found = search(Identity::build("com.example.foo", "Foo", app), home, system);
         QCOMPARE(relativePaths(found, root), expected);
@@ -383,7 +359,7 @@ private Q_SLOTS:
         const QString corpus = QStringLiteral(QT_TESTCASE_SOURCEDIR "/../fuzz/corpus");
         const QStringList seeds = QDir(corpus + QStringLiteral("/macho")).entryList(QDir::Files);
         QVERIFY(seeds.size() >= 6);
-        const auto read = [&](const QString& path) { return readFileBytes(QFile::encodeName(corpus + path), 1 << 24).value_or(QByteArray()); };
+        const auto read = [&](const QString& path) { return contents(QFile::encodeName(corpus + path)); };
         for (const QString& seed : seeds)
             QCOMPARE(machOApplicationGroups(read(QStringLiteral("/macho/") + seed)).size(), 2);
         for (const QString& seed : QDir(corpus + QStringLiteral("/plist")).entryList(QDir::Files))

@@ -167,11 +167,18 @@ inline qint64 allocatedSum(const QByteArray& root, const QByteArrayList& paths)
     return sum;
 }
 
-// Folders compared by name, size, count and flag, to any depth.
+// Every node of `a` has its twin in `b`: same bytes of name, sizes, count,
+// flags and link facts, to any depth.
 inline bool sameTree(const FileNode& a, const FileNode& b)
 {
+    const auto links = [](const FileNode& node) {
+        const FileNode::LinkFacts* facts = node.linkFacts();
+        return facts ? std::pair(facts->inode, facts->linkCount) : std::pair(std::uint64_t(0), std::uint32_t(0));
+    };
     if (a.name() != b.name() || a.size() != b.size() || a.fileCount() != b.fileCount()
-        || a.isInaccessible() != b.isInaccessible() || a.childCount() != b.childCount())
+        || a.apparentSize() != b.apparentSize() || a.isDirectory() != b.isDirectory()
+        || a.isInaccessible() != b.isInaccessible() || a.childCount() != b.childCount()
+        || links(a) != links(b))
         return false;
     for (const FileNode& child : a.children()) {
         const FileNode* other = childNamed(b, child.name());

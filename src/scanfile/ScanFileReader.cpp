@@ -28,7 +28,7 @@ constexpr int kMaxDepth = 4096;
 constexpr std::size_t kMaxString = 32 * 1024;
 // No disk holds 2^56 bytes (64 PiB) in one entry or one tree.
 constexpr qint64 kMaxBytes = qint64(1) << 56;
-constexpr qint64 kProgressEvery = 16384;
+constexpr qint64 kReadProgressEvery = 16384;
 
 // Where the bytes come from: a file or memory, before decompression.
 class Source {
@@ -628,7 +628,7 @@ bool Parser::note(TreeBuilder::Fault fault)
 
 bool Parser::tick()
 {
-    if (++m_sinceTick < kProgressEvery)
+    if (++m_sinceTick < kReadProgressEvery)
         return true;
     m_sinceTick = 0;
     if (m_options.cancel && m_options.cancel->load(std::memory_order_relaxed))

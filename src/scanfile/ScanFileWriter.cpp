@@ -13,7 +13,7 @@ namespace tw::scanfile {
 namespace {
 
 constexpr std::size_t kFlushAt = 1 << 20;
-constexpr qint64 kProgressEvery = 16384;
+constexpr qint64 kWriteProgressEvery = 16384;
 
 // The length of the valid UTF-8 sequence at `at`, or 0.
 std::size_t utf8Length(const unsigned char* at, const unsigned char* end)
@@ -206,7 +206,7 @@ private:
             const FileNode& node = *open.next;
             ++open.next;
             m_buffer += ",\n";
-            if (++done % kProgressEvery == 0) {
+            if (++done % kWriteProgressEvery == 0) {
                 if (m_options.cancel && m_options.cancel->load(std::memory_order_relaxed))
                     return WriteOutcome::cancelled;
                 if (m_options.progress)

@@ -19,25 +19,6 @@ using scanfile::ReadError;
 
 namespace {
 
-// Every node of `a` has its twin in `b`: same bytes of name, sizes, flags
-// and link facts, to any depth.
-bool sameEntries(const FileNode& a, const FileNode& b)
-{
-    if (a.name() != b.name() || a.size() != b.size() || a.fileCount() != b.fileCount()
-        || a.apparentSize() != b.apparentSize() || a.isDirectory() != b.isDirectory()
-        || a.isInaccessible() != b.isInaccessible() || a.childCount() != b.childCount()
-        || !a.linkFacts() != !b.linkFacts())
-        return false;
-    if (a.linkFacts() && (a.linkFacts()->inode != b.linkFacts()->inode || a.linkFacts()->linkCount != b.linkFacts()->linkCount))
-        return false;
-    for (const FileNode& child : a.children()) {
-        const FileNode* other = childNamed(b, child.name());
-        if (!other || !sameEntries(child, *other))
-            return false;
-    }
-    return true;
-}
-
 QByteArray written(const ScanTree& tree)
 {
     QBuffer buffer;
@@ -129,7 +110,7 @@ private Q_SLOTS:
         const scanfile::ReadResult read = scanfile::readScanBytes(bytes, options);
         QVERIFY2(read.tree, qPrintable(scanfile::describe(read)));
         QCOMPARE(read.tree->root()->path(), m_tree);
-        QVERIFY(sameEntries(*tree->root(), *read.tree->root()));
+        QVERIFY(sameTree(*tree->root(), *read.tree->root()));
         QVERIFY(sortedEverywhere(*read.tree->root()));
         QCOMPARE(read.tree->root()->size(), allocatedSum(m_tree, {"plain.txt", "sub/deep/z", "quote\"back\\slash", "tab\there\x01",
                                                                  "\xe6\x96\x87\xe4\xbb\xb6 \xf0\x9f\x93\x81", "big",
@@ -234,7 +215,7 @@ private Q_SLOTS:
         QVERIFY(again.contains("{\"name\":\"locked\",\"read_error\":true}"));
         QCOMPARE(again.count("\"dev\":7,\"ino\":9,\"hlnkc\":true"), 2);
         const scanfile::ReadResult reread = scanfile::readScanBytes(again);
-        QVERIFY(reread.tree && sameEntries(*read.tree->root(), *reread.tree->root()));
+        QVERIFY(reread.tree && sameTree(*read.tree->root(), *reread.tree->root()));
     }
 
     void cancelStopsReading()

@@ -58,7 +58,8 @@ LabelMetrics ringLabelMetrics(const QFont& font)
 
 void paintRingLabels(QImage& canvas, const ChartGeometry& geometry,
                      const std::vector<Segment>& segments, const std::vector<RingLabel>& labels,
-                     const FileNode* hovered, const LabelInks& inks, bool dark)
+                     const FileNode* hovered, const LabelInks& inks, bool dark,
+                     const SectorRestyle& restyle)
 {
     if (labels.empty())
         return;
@@ -73,7 +74,9 @@ void paintRingLabels(QImage& canvas, const ChartGeometry& geometry,
 
     for (const RingLabel& label : labels) {
         const Segment& segment = segments[label.segment];
-        const QColor fill = sectorFill(segment, hovered, dark);
+        QColor fill = sectorFill(segment, hovered, dark);
+        if (restyle)
+            fill = restyle(segment, fill);
         const double seen = luminance(over(fill, background));
         QColor ink = firstContrastsMore(luminance(over(inks.light, over(fill, background))),
                                         luminance(over(inks.dark, over(fill, background))), seen)

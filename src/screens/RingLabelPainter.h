@@ -2,6 +2,7 @@
 
 #include "chart/RingLabels.h"
 #include "chart/SunburstLayout.h"
+#include "screens/SunburstPainter.h"
 
 #include <QColor>
 #include <QFont>
@@ -29,9 +30,12 @@ struct LabelInks {
 // Draws placed labels over a painted chart in `canvas` (its device pixel
 // ratio turns points into pixels). While something is hovered the names of
 // faded sectors fade with them. `dark` picks the shades the fills were
-// painted with. GUI or render thread, one at a time.
+// painted with, and `restyle` the fills the chart was painted with instead
+// (by kind, or around a chosen kind), so the ink reads on what is shown.
+// GUI or render thread, one at a time.
 void paintRingLabels(QImage& canvas, const ChartGeometry& geometry,
                      const std::vector<Segment>& segments, const std::vector<RingLabel>& labels,
-                     const FileNode* hovered, const LabelInks& inks, bool dark);
+                     const FileNode* hovered, const LabelInks& inks, bool dark,
+                     const SectorRestyle& restyle = {});
 
 } // namespace tw

@@ -236,7 +236,7 @@ void SunburstView::paint(QPainter* painter)
     if (!moving)
         paintRingLabels(m_canvas, geometry, segments,
                         placeRingLabels(segments, ringLabelMetrics(ringLabelFont())),
-                        hit ? hit->node : nullptr, {m_labelDark, m_labelLight, m_hubColor}, m_dark);
+                        hit ? hit->node : nullptr, {m_labelDark, m_labelLight, m_hubColor}, m_dark, restyle);
     painter->drawImage(QPointF(0, 0), m_canvas);
 }
 

@@ -212,11 +212,12 @@ private Q_SLOTS:
             QMetaObject::invokeMethod(chart, "hoveredSectorMeets", Q_RETURN_ARG(bool, meets), Q_ARG(QRectF, card));
             QVERIFY2(!meets, qPrintable(node->displayName()));
         }
-        // Onto the hub: the card fades out with the last texts it had.
+        // Onto the hub: the card fades out with the last texts it had (a
+        // loaded machine may skip every frame between full and none).
         QTRY_COMPARE(tooltip->opacity(), 1.0);
         w.moveTo(w.chartCentre());
         QVERIFY(!w.state->hovered());
-        QTRY_VERIFY(tooltip->opacity() > 0 && tooltip->opacity() < 1);
+        QTRY_VERIFY(tooltip->opacity() < 1);
         QCOMPARE(tooltip->property("info").toMap().value(QStringLiteral("name")).toString(), QStringLiteral("report"));
 
         // A menu's subject stays hovered while the menu is open.
